@@ -1,0 +1,42 @@
+#!/usr/bin/env bash
+# Installs what Gaugewell needs to build, run and test on Debian 12.
+# Installs only what is missing; safe to run again; works as root or through sudo.
+set -euo pipefail
+
+packages=(
+  # toolchain
+  g++ cmake ninja-build make clang-format pkg-config
+  # libraries
+  libsimdjson-dev nlohmann-json3-dev libicu-dev libssl-dev libcurl4-openssl-dev libsecret-1-dev
+  qt6-base-dev qt6-charts-dev qt6-svg-dev
+  # tests and benchmarks
+  libgtest-dev libgmock-dev libbenchmark-dev
+  dbus dbus-daemon libglib2.0-bin gnome-keyring libsecret-tools python3 python3-dbusmock
+  curl xdg-utils chromium xvfb xauth x11-utils imagemagick trayer fonts-dejavu-core
+  nodejs
+)
+
+sudo=()
+if ((EUID != 0)); then sudo=(sudo); fi
+
+missing=()
+for package in "${packages[@]}"; do
+  status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+  [[ "$status" == installed ]] || missing+=("$package")
+done
+
+if ((${#missing[@]} > 0)); then
+  echo "setup: installing ${missing[*]}"
+  if ((EUID != 0)) && ! command -v sudo >/dev/null; then
+    echo "setup: need root or sudo to install packages" >&2
+    exit 1
+  fi
+  export DEBIAN_FRONTEND=noninteractive
+  "${sudo[@]}" apt-get update -qq
+  "${sudo[@]}" apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null
+fi
+
+# npm ships with some Node.js builds and is a separate package in Debian's.
+if ! command -v npm >/dev/null; then
+  "${sudo[@]}" apt-get install -y -qq --no-install-recommends npm >/dev/null
+fi
