@@ -1,0 +1,1 @@
+// Anchors the TestSupport library; shared fixtures are mostly header-only.
