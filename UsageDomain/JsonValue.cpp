@@ -218,8 +218,13 @@ JsonValue JsonValue::number(double value) {
     if (!std::isfinite(value)) {
         return JsonValue();
     }
-    char buffer[64];
-    const auto result = std::to_chars(buffer, buffer + sizeof buffer, value);
+    // Plain digits for ordinary magnitudes (a date is 800000000, not 8e+08), as JavaScript
+    // writes them; still the shortest text that reads back as the same double.
+    char buffer[400];
+    const double magnitude = std::fabs(value);
+    const bool plain = magnitude == 0 || (magnitude >= 1e-6 && magnitude < 1e21);
+    const auto result = plain ? std::to_chars(buffer, buffer + sizeof buffer, value, std::chars_format::fixed)
+                              : std::to_chars(buffer, buffer + sizeof buffer, value);
     return JsonValue(NumberText{std::string(buffer, result.ptr)});
 }
 

@@ -75,6 +75,18 @@ TEST(JsonValue, SerializedTextParsesBackToTheSameTree) {
     EXPECT_EQ(parsed(once.serialized()), once);
 }
 
+TEST(JsonValue, DoublesAreWrittenShortestAndWithoutExponentsForOrdinaryMagnitudes) {
+    EXPECT_EQ(JsonValue::number(800000000.0).serialized(), "800000000");
+    EXPECT_EQ(JsonValue::number(817084800.25).serialized(), "817084800.25");
+    EXPECT_EQ(JsonValue::number(-0.5).serialized(), "-0.5");
+    EXPECT_EQ(JsonValue::number(0.0).serialized(), "0");
+    EXPECT_EQ(JsonValue::number(1e-7).serialized(), "1e-07");
+    EXPECT_EQ(JsonValue::number(1e22).serialized(), "1e+22");
+    for (const double value : {0.1, 1.0 / 3, 123456789.123456789, 1e-6, 9.99e20}) {
+        EXPECT_EQ(parseJson(JsonValue::number(value).serialized())->doubleValue(), value);
+    }
+}
+
 TEST(JsonValue, NonFiniteDoublesBecomeNull) {
     EXPECT_TRUE(JsonValue::number(std::numeric_limits<double>::infinity()).isNull());
     EXPECT_TRUE(JsonValue::number(std::numeric_limits<double>::quiet_NaN()).isNull());

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace gaugewell {
+
+// Where and how the widget asks the application for its snapshot: always the loopback
+// interface over plain HTTP.
+struct WidgetFeedEndpoint {
+    static constexpr std::uint16_t defaultPort = 47392;
+    static constexpr std::string_view portVariable = "GAUGEWELL_WIDGET_PORT";
+
+    std::uint16_t port = defaultPort;
+    std::chrono::milliseconds timeout{14'000};
+    // A snapshot is a few hundred bytes; anything near this is not one.
+    std::size_t maximumResponseBytes = 256 * 1024;
+
+    // http://127.0.0.1:<port>/widget/v1
+    std::string url() const;
+
+    // The default endpoint, with the port taken from GAUGEWELL_WIDGET_PORT when that holds a
+    // port number (1-65535, digits only); tests point the loader at their own server this way.
+    static WidgetFeedEndpoint fromEnvironment();
+};
+
+} // namespace gaugewell
