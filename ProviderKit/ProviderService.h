@@ -2,6 +2,8 @@
 
 #include "UsageDomain/RawValue.h"
 
+#include <array>
+#include <optional>
 #include <string_view>
 
 namespace gaugewell {
@@ -25,6 +27,44 @@ constexpr std::string_view providerID(ProviderService service) {
 
 constexpr std::string_view connectionID(ProviderService service) {
     return service == ProviderService::codex ? codexConnectionID : claudeConnectionID;
+}
+
+inline constexpr std::array<ProviderService, 2> allProviderServices{ProviderService::codex,
+                                                                    ProviderService::claude};
+
+constexpr std::string_view displayName(ProviderService service) {
+    return service == ProviderService::codex ? "Codex" : "Claude";
+}
+
+constexpr int sortOrder(ProviderService service) {
+    return service == ProviderService::codex ? 0 : 1;
+}
+
+// Whether Gaugewell itself holds the credentials (Claude) or the service's own tool does (Codex).
+constexpr bool ownsCredentials(ProviderService service) {
+    return service == ProviderService::claude;
+}
+
+constexpr std::string_view connectExplanation(ProviderService service) {
+    return service == ProviderService::codex
+               ? "Opens the official ChatGPT sign-in managed by Codex."
+               : "Opens Claude sign-in in your browser. Inference permission is never requested.";
+}
+
+constexpr std::string_view disconnectExplanation(ProviderService service) {
+    return service == ProviderService::codex
+               ? "Signs out the shared ChatGPT session used by Gaugewell and the Codex CLI."
+               : "Revokes this app's Claude tokens and removes them from the Keychain.";
+}
+
+constexpr std::optional<ProviderService> serviceForProviderID(std::string_view id) {
+    if (id == codexProviderID) {
+        return ProviderService::codex;
+    }
+    if (id == claudeProviderID) {
+        return ProviderService::claude;
+    }
+    return std::nullopt;
 }
 
 } // namespace gaugewell
