@@ -9,8 +9,10 @@ CodexExecutable::locate(const ExecutableLocator& locator,
                         const std::optional<std::filesystem::path>& configured,
                         const std::filesystem::path& homeDirectory, const Environment& processEnvironment) {
     std::vector<std::filesystem::path> candidates{"/opt/homebrew/bin/codex", "/usr/local/bin/codex"};
-    for (auto& candidate : locator.nodeVersionManagerCandidates(homeDirectory, "codex")) {
-        candidates.push_back(std::move(candidate));
+    if (!homeDirectory.empty()) {
+        for (auto& candidate : locator.nodeVersionManagerCandidates(homeDirectory, "codex")) {
+            candidates.push_back(std::move(candidate));
+        }
     }
     return locator.locate(configured, "codex", candidates, processEnvironment);
 }

@@ -40,3 +40,12 @@ fi
 if ! command -v npm >/dev/null; then
   "${sudo[@]}" apt-get install -y -qq --no-install-recommends npm >/dev/null
 fi
+
+# The real `codex` CLI that the Codex collector's tests talk to, pinned and kept inside the project.
+codex_version=0.169.0
+codex_prefix="$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)/.deps/codex"
+installed_codex=$(node -p "require('$codex_prefix/node_modules/@openai/codex/package.json').version" 2>/dev/null || true)
+if [[ "$installed_codex" != "$codex_version" ]]; then
+  echo "setup: installing @openai/codex@$codex_version into .deps/codex"
+  npm install --prefix "$codex_prefix" --no-audit --no-fund "@openai/codex@$codex_version" >/dev/null
+fi

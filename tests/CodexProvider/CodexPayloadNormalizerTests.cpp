@@ -1,0 +1,355 @@
+#include "CodexProvider/CodexPayloadNormalizer.h"
+#include "RecordFixtures.h"
+
+#include <gtest/gtest.h>
+
+namespace gaugewell {
+namespace {
+
+using testing::fixedConnectionID;
+
+const Date observedAt = dateFromUnixSeconds(1'795'000'000.75);
+const std::string connection = "A115A6E0-337E-4F26-9809-6B2E75C39D01";
+const std::optional<std::string> version = "codex-cli 0.169.0";
+const std::string emptyUsage = R"({"id":3,"result":{"dailyUsageBuckets":[]}})";
+
+std::string rateLimitsWith(const std::string& result) {
+    return R"({"id":2,"result":)" + result + "}";
+}
+
+// A single snapshot under "rateLimits" whose primary window has these members.
+std::string primaryWindow(const std::string& members) {
+    return rateLimitsWith(R"({"rateLimits":{"limitId":"codex","primary":{)" + members + "}}}");
+}
+
+ProviderCollectionResult normalized(const std::string& rateLimits,
+                                    const std::optional<std::string>& usage = emptyUsage) {
+    auto result =
+        CodexPayloadNormalizer::normalize(rateLimits, usage, fixedConnectionID(), observedAt, version);
+    EXPECT_TRUE(result.hasValue());
+    if (!result) {
+        return ProviderCollectionResult(ProviderDescriptor("none", "none", std::nullopt), observedAt, {}, {},
+                                        {});
+    }
+    return std::move(result).value();
+}
+
+std::vector<std::string> codes(const ProviderCollectionResult& result) {
+    std::vector<std::string> codes;
+    for (const auto& diagnostic : result.diagnostics()) {
+        codes.push_back(diagnostic.code());
+    }
+    return codes;
+}
+
+std::vector<std::string> bucketIDs(const ProviderCollectionResult& result) {
+    std::vector<std::string> ids;
+    for (const auto& window : result.windows()) {
+        ids.push_back(window.providerBucketID());
+    }
+    return ids;
+}
+
+TEST(CodexPayloadNormalizer, FullWindowBecomesAnExactSample) {
+    const auto result = normalized(rateLimitsWith(
+        R"({"rateLimits":{"limitId":"codex","limitName":"Codex","primary":{"usedPercent":100,"windowDurationMins":300,"resetsAt":60},"unknown":1},"extra":[1]})"));
+    ASSERT_EQ(result.windows().size(), 1u);
+    const auto& sample = result.windows()[0];
+    EXPECT_EQ(sample.id(), connection + ":codex.primary:1795000000");
+    EXPECT_EQ(sample.connectionID(), fixedConnectionID());
+    EXPECT_EQ(sample.providerBucketID(), "codex.primary");
+    EXPECT_EQ(sample.providerBucketName(), "Codex");
+    EXPECT_EQ(sample.windowKind(), UsageWindowKind::fiveHour);
+    EXPECT_EQ(sample.durationSeconds(), 18'000);
+    EXPECT_EQ(sample.resetAt(), dateFromUnixSeconds(60));
+    EXPECT_EQ(sample.usedFraction(), Decimal(1));
+    EXPECT_EQ(sample.observedAt(), observedAt);
+    EXPECT_FALSE(sample.modelID() || sample.providerFetchedAt() || sample.windowStart() ||
+                 sample.windowEnd() || sample.remainingFraction() || sample.absoluteUsed() ||
+                 sample.absoluteLimit() || sample.unit());
+    EXPECT_EQ(sample.authority(), MeasurementAuthority::vendorAuthoritative);
+    EXPECT_EQ(sample.confidence(), MeasurementConfidence::exact);
+    EXPECT_EQ(sample.coverage(), MeasurementCoverage::account);
+    EXPECT_EQ(sample.freshness(), MeasurementFreshness::live);
+    EXPECT_EQ(sample.source(), SourceDescriptor("codex.appServer.experimental", "Codex app-server", false));
+    EXPECT_EQ(sample.sourceVersion(), version);
+    EXPECT_EQ(result.provider().id(), "app.gaugewell.codex.subscription");
+    EXPECT_EQ(result.provider().displayName(), "Codex");
+    EXPECT_EQ(result.provider().integrationNotice(), "Uses Codex's experimental local app-server protocol.");
+    EXPECT_EQ(result.collectedAt(), observedAt);
+    EXPECT_TRUE(result.diagnostics().empty());
+}
+
+TEST(CodexPayloadNormalizer, FractionIsExactDecimal) {
+    const auto result = normalized(primaryWindow(R"("usedPercent":42)"));
+    ASSERT_EQ(result.windows().size(), 1u);
+    EXPECT_EQ(result.windows()[0].usedFraction()->text(), "0.42");
+    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
+}
+
+TEST(CodexPayloadNormalizer, IdentifierUsesWholeSecondsTowardZero) {
+    for (const auto& [seconds, suffix] : std::vector<std::pair<double, std::string>>{
+             {0.999, ":0"}, {-1.5, ":-1"}, {1'700'000'000.0, ":1700000000"}}) {
+        auto result =
+            CodexPayloadNormalizer::normalize(primaryWindow(R"("usedPercent":1)"), emptyUsage,
+                                              fixedConnectionID(), dateFromUnixSeconds(seconds), {});
+        ASSERT_TRUE(result.hasValue());
+        EXPECT_EQ(result->windows().at(0).id(), connection + ":codex.primary" + suffix);
+        EXPECT_FALSE(result->windows().at(0).sourceVersion());
+    }
+}
+
+struct DurationCase {
+    std::string members;
+    UsageWindowKind kind;
+    std::optional<std::int64_t> durationSeconds;
+};
+
+class WindowDurationTest : public ::testing::TestWithParam<DurationCase> {};
+
+TEST_P(WindowDurationTest, KindFromRawMinutesDurationWithinAYear) {
+    const auto result = normalized(primaryWindow(R"("usedPercent":5)" + GetParam().members));
+    ASSERT_EQ(result.windows().size(), 1u);
+    EXPECT_EQ(result.windows()[0].windowKind(), GetParam().kind);
+    EXPECT_EQ(result.windows()[0].durationSeconds(), GetParam().durationSeconds);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Minutes, WindowDurationTest,
+    ::testing::Values(DurationCase{"", UsageWindowKind::unknown, std::nullopt},
+                      DurationCase{R"(,"windowDurationMins":null)", UsageWindowKind::unknown, std::nullopt},
+                      DurationCase{R"(,"windowDurationMins":300)", UsageWindowKind::fiveHour, 18'000},
+                      DurationCase{R"(,"windowDurationMins":10080)", UsageWindowKind::sevenDay, 604'800},
+                      DurationCase{R"(,"windowDurationMins":60)", UsageWindowKind::custom, 3'600},
+                      DurationCase{R"(,"windowDurationMins":1)", UsageWindowKind::custom, 60},
+                      DurationCase{R"(,"windowDurationMins":525600)", UsageWindowKind::custom, 31'536'000},
+                      DurationCase{R"(,"windowDurationMins":525601)", UsageWindowKind::custom, std::nullopt},
+                      DurationCase{R"(,"windowDurationMins":0)", UsageWindowKind::custom, std::nullopt},
+                      DurationCase{R"(,"windowDurationMins":-300)", UsageWindowKind::custom, std::nullopt},
+                      DurationCase{R"(,"windowDurationMins":9223372036854775807)", UsageWindowKind::custom,
+                                   std::nullopt}));
+
+TEST(CodexPayloadNormalizer, ResetOnlyForPositiveSeconds) {
+    for (const auto& [members, reset] : std::vector<std::pair<std::string, std::optional<Date>>>{
+             {R"(,"resetsAt":0)", std::nullopt},
+             {R"(,"resetsAt":-5)", std::nullopt},
+             {"", std::nullopt},
+             {R"(,"resetsAt":1)", dateFromUnixSeconds(1)},
+             {R"(,"resetsAt":1795003600)", dateFromUnixSeconds(1'795'003'600)}}) {
+        const auto result = normalized(primaryWindow(R"("usedPercent":5)" + members));
+        ASSERT_EQ(result.windows().size(), 1u);
+        EXPECT_EQ(result.windows()[0].resetAt(), reset) << members;
+    }
+}
+
+TEST(CodexPayloadNormalizer, PercentOutOfRangeDropsTheWindowWithAWarning) {
+    const auto result = normalized(rateLimitsWith(
+        R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":101},"secondary":{"usedPercent":-1}}})"));
+    EXPECT_TRUE(result.windows().empty());
+    EXPECT_EQ(codes(result),
+              (std::vector<std::string>{"codex.invalid_used_percent", "codex.invalid_used_percent",
+                                        "codex.no_usage_windows"}));
+    EXPECT_EQ(result.diagnostics()[0].severity(), DiagnosticSeverity::warning);
+    EXPECT_EQ(result.diagnostics()[0].message(),
+              "A Codex allowance window was rejected because its percentage was out of range.");
+    EXPECT_EQ(result.diagnostics()[2].severity(), DiagnosticSeverity::error);
+    EXPECT_EQ(result.diagnostics()[2].message(),
+              "Codex returned no supported usage windows; its app-server response may have changed.");
+    EXPECT_TRUE(result.hasErrorDiagnostic());
+}
+
+TEST(CodexPayloadNormalizer, BoundaryPercentsAreAccepted) {
+    const auto result = normalized(rateLimitsWith(
+        R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":0},"secondary":{"usedPercent":100}}})"));
+    EXPECT_EQ(bucketIDs(result), (std::vector<std::string>{"codex.primary", "codex.secondary"}));
+    EXPECT_TRUE(result.windows()[0].usedFraction()->isZero());
+}
+
+TEST(CodexPayloadNormalizer, LimitsByIdAreSortedAndReplaceTheSingleSnapshot) {
+    const auto result = normalized(rateLimitsWith(R"({
+        "rateLimits":{"limitId":"ignored","primary":{"usedPercent":1}},
+        "rateLimitsByLimitId":{
+            "codex_other":{"limitId":"codex_other","limitName":"Other","primary":{"usedPercent":10},"secondary":{"usedPercent":20}},
+            "codex":{"limitId":"codex","primary":{"usedPercent":30},"secondary":{"usedPercent":40,"windowDurationMins":10080}},
+            "Zed":{"secondary":{"usedPercent":50}}}})"));
+    EXPECT_EQ(bucketIDs(result),
+              (std::vector<std::string>{"Zed.secondary", "codex.primary", "codex.secondary",
+                                        "codex_other.primary", "codex_other.secondary"}));
+    EXPECT_EQ(result.windows()[3].providerBucketName(), "Other");
+    EXPECT_EQ(result.windows()[2].windowKind(), UsageWindowKind::sevenDay);
+}
+
+TEST(CodexPayloadNormalizer, BucketIdentifierFallsBack) {
+    struct Case {
+        std::string result;
+        std::string bucketID;
+    };
+    for (
+        const auto& [payload, bucketID] : std::vector<Case>{
+            {R"({"rateLimits":{"primary":{"usedPercent":1}}})", "default.primary"},
+            {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":{}})",
+             "codex.primary"},
+            {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":null})",
+             "codex.primary"},
+            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"   ","primary":{"usedPercent":1}}}})",
+             "k.primary"},
+            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"\u00a0\n","primary":{"usedPercent":1}}}})",
+             "k.primary"},
+            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":" x ","primary":{"usedPercent":1}}}})",
+             " x .primary"},
+            {R"({"rateLimits":{"limitId":"   ","primary":{"usedPercent":1}}})", "   .primary"},
+        }) {
+        EXPECT_EQ(bucketIDs(normalized(rateLimitsWith(payload))), std::vector<std::string>{bucketID})
+            << payload;
+    }
+}
+
+TEST(CodexPayloadNormalizer, EqualLimitIdsAreNotDeduplicated) {
+    const auto result = normalized(rateLimitsWith(
+        R"({"rateLimits":{},"rateLimitsByLimitId":{"a":{"limitId":"same","primary":{"usedPercent":1}},"b":{"limitId":"same","primary":{"usedPercent":2}}}})"));
+    ASSERT_EQ(result.windows().size(), 2u);
+    EXPECT_EQ(result.windows()[0].id(), result.windows()[1].id());
+}
+
+TEST(CodexPayloadNormalizer, SnapshotWithoutWindowsReportsNoUsageWindows) {
+    const auto result = normalized(rateLimitsWith(R"({"rateLimits":{"limitId":"codex"}})"));
+    EXPECT_EQ(codes(result), std::vector<std::string>{"codex.no_usage_windows"});
+}
+
+TEST(CodexPayloadNormalizer, RateLimitLineThatDoesNotDecodeIsADecodeError) {
+    for (const std::string& line : {
+             primaryWindow(R"("usedPercent":42.5)"),
+             primaryWindow(R"("usedPercent":"42")"),
+             primaryWindow(R"("usedPercent":null)"),
+             primaryWindow(R"("usedPercent":1,"resetsAt":1.5)"),
+             primaryWindow(R"("usedPercent":1,"windowDurationMins":"300")"),
+             rateLimitsWith(R"({"rateLimitsByLimitId":{}})"),
+             rateLimitsWith(R"({"rateLimits":null})"),
+             rateLimitsWith(R"({"rateLimits":{"limitId":7}})"),
+             rateLimitsWith(R"({"rateLimits":{},"rateLimitsByLimitId":{"k":3}})"),
+             rateLimitsWith(R"([])"),
+             std::string(R"({"id":2,"result":{"rateLimits":{}})"),
+             std::string(R"({"id":2,"error":{"message":"no code"}})"),
+             std::string("\r"),
+         }) {
+        const auto result =
+            CodexPayloadNormalizer::normalize(line, emptyUsage, fixedConnectionID(), observedAt, {});
+        ASSERT_FALSE(result.hasValue()) << line;
+        EXPECT_TRUE(std::holds_alternative<DecodeError>(result.error())) << line;
+    }
+}
+
+TEST(CodexPayloadNormalizer, WholeNumberSpellingsDecode) {
+    const auto result = normalized(primaryWindow(R"("usedPercent":4.2e1,"windowDurationMins":300.0)"));
+    ASSERT_EQ(result.windows().size(), 1u);
+    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
+    EXPECT_EQ(result.windows()[0].windowKind(), UsageWindowKind::fiveHour);
+}
+
+TEST(CodexPayloadNormalizer, ErrorOrMissingResultIsAProtocolError) {
+    for (const std::string_view line :
+         {R"({"id":2,"error":{"code":-32600,"message":"sign in"}})", R"({"id":2})",
+          R"({"id":2,"result":null})", R"({"id":2,"result":{"rateLimits":{}},"error":{"code":1}})"}) {
+        const auto result =
+            CodexPayloadNormalizer::normalize(line, emptyUsage, fixedConnectionID(), observedAt, {});
+        ASSERT_FALSE(result.hasValue()) << line;
+        ASSERT_TRUE(std::holds_alternative<CodexProviderError>(result.error())) << line;
+        EXPECT_EQ(std::get<CodexProviderError>(result.error()).kind, CodexProviderError::Kind::protocolError);
+    }
+}
+
+struct UsageCase {
+    std::string name;
+    std::optional<std::string> usage;
+    std::vector<std::string> codes;
+};
+
+class AccountUsageTest : public ::testing::TestWithParam<UsageCase> {};
+
+TEST_P(AccountUsageTest, ProblemsAreWarningsAndWindowsStay) {
+    const auto result = normalized(primaryWindow(R"("usedPercent":5)"), GetParam().usage);
+    EXPECT_EQ(result.windows().size(), 1u);
+    EXPECT_TRUE(result.tokenBuckets().empty());
+    EXPECT_EQ(codes(result), GetParam().codes);
+    for (const auto& diagnostic : result.diagnostics()) {
+        EXPECT_EQ(diagnostic.severity(), DiagnosticSeverity::warning);
+    }
+    EXPECT_FALSE(result.hasErrorDiagnostic());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Usage, AccountUsageTest,
+    ::testing::Values(
+        UsageCase{"Absent", std::nullopt, {"codex.account_usage_unavailable"}},
+        UsageCase{"RpcError",
+                  R"({"id":3,"error":{"code":-32601,"message":"Method not found"}})",
+                  {"codex.account_usage_unavailable"}},
+        UsageCase{"NoResult", R"({"id":3})", {"codex.account_usage_unavailable"}},
+        UsageCase{"NotJson", "{", {"codex.account_usage_schema"}},
+        UsageCase{"BucketWithoutTokens",
+                  R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01"}]}})",
+                  {"codex.account_usage_schema"}},
+        UsageCase{"FractionalTokens",
+                  R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01","tokens":1.5}]}})",
+                  {"codex.account_usage_schema"}},
+        UsageCase{"BucketsNotAList",
+                  R"({"id":3,"result":{"dailyUsageBuckets":{}}})",
+                  {"codex.account_usage_schema"}},
+        UsageCase{"NoBuckets", R"({"id":3,"result":{}})", {}},
+        UsageCase{"NullBuckets", R"({"id":3,"result":{"dailyUsageBuckets":null}})", {}},
+        UsageCase{"EmptyBuckets", R"({"id":3,"result":{"dailyUsageBuckets":[]}})", {}}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(CodexPayloadNormalizer, BucketsBecomeUtcDaysInOrderReceived) {
+    const auto result =
+        normalized(primaryWindow(R"("usedPercent":5)"), R"({"id":3,"result":{"dailyUsageBuckets":[
+        {"startDate":"2026-03-01","tokens":0},
+        {"startDate":"2026-02-30","tokens":5},
+        {"startDate":"2024-02-29","tokens":7},
+        {"startDate":"2026-03-02","tokens":-1},
+        {"startDate":"2026-03-01","tokens":9}]}})");
+    EXPECT_EQ(codes(result),
+              (std::vector<std::string>{"codex.invalid_history_bucket", "codex.invalid_history_bucket"}));
+    ASSERT_EQ(result.tokenBuckets().size(), 3u);
+    const auto& first = result.tokenBuckets()[0];
+    EXPECT_EQ(first.id(), connection + ":codex.account:2026-03-01");
+    EXPECT_EQ(first.connectionID(), fixedConnectionID());
+    EXPECT_EQ(first.intervalStart(), dateFromUnixSeconds(1'772'323'200)); // 2026-03-01T00:00:00Z
+    EXPECT_EQ(first.intervalEnd(), dateFromUnixSeconds(1'772'409'600));
+    EXPECT_EQ(first.calendarIdentifier(), "gregorian");
+    EXPECT_EQ(first.timeZoneIdentifier(), "UTC");
+    EXPECT_EQ(first.totalTokens(), 0);
+    EXPECT_FALSE(first.modelID() || first.inputTokens() || first.outputTokens() || first.cacheReadTokens() ||
+                 first.cacheWriteTokens());
+    EXPECT_EQ(first.authority(), MeasurementAuthority::vendorAuthoritative);
+    EXPECT_EQ(first.confidence(), MeasurementConfidence::exact);
+    EXPECT_EQ(first.coverage(), MeasurementCoverage::account);
+    EXPECT_EQ(first.source().id(), "codex.appServer.experimental");
+    EXPECT_EQ(first.sourceVersion(), version);
+    EXPECT_EQ(result.tokenBuckets()[1].intervalStart(), dateFromUnixSeconds(1'709'164'800)); // 2024-02-29
+    EXPECT_EQ(result.tokenBuckets()[2].id(), first.id());
+    EXPECT_EQ(result.tokenBuckets()[2].totalTokens(), 9);
+}
+
+TEST(CodexPayloadNormalizer, DiagnosticsKeepTheirOrder) {
+    const auto result =
+        normalized(rateLimitsWith(R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":101}}})"),
+                   R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"bad","tokens":1}]}})");
+    EXPECT_EQ(codes(result), (std::vector<std::string>{"codex.invalid_used_percent", "codex.no_usage_windows",
+                                                       "codex.invalid_history_bucket"}));
+}
+
+TEST(CodexPayloadNormalizer, DaysMustBeRealAndInTheStrictForm) {
+    for (const auto& [text, unixSeconds] : std::vector<std::pair<std::string, double>>{
+             {"1970-01-01", 0}, {"2000-02-29", 951'782'400}, {"2023-12-31", 1'703'980'800}}) {
+        EXPECT_EQ(CodexPayloadNormalizer::parseDay(text), dateFromUnixSeconds(unixSeconds)) << text;
+    }
+    for (const auto* text :
+         {"2023-02-29", "1900-02-29", "2026-13-01", "2026-00-10", "2026-04-31", "2026-3-01",
+          "2026-03-01T00:00:00Z", " 2026-03-01", "+026-03-01", "0000-01-01", ""}) {
+        EXPECT_FALSE(CodexPayloadNormalizer::parseDay(text)) << text;
+    }
+}
+
+} // namespace
+} // namespace gaugewell

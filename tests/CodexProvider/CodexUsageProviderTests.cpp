@@ -1,0 +1,387 @@
+#include "CodexProvider/CodexDiagnostics.h"
+#include "CodexProvider/CodexUsageProvider.h"
+#include "FakeCodex.h"
+#include "RecordFixtures.h"
+
+#include <algorithm>
+#include <condition_variable>
+#include <csignal>
+#include <filesystem>
+#include <functional>
+#include <gtest/gtest.h>
+#include <mutex>
+
+namespace gaugewell {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::FakeCodex;
+using testing::ScratchDirectory;
+
+struct RunCall {
+    fs::path executable;
+    std::vector<std::string> arguments;
+    Environment environment;
+    double timeout;
+    std::int64_t outputLimit;
+};
+
+using RunResult = Expected<CommandOutput, ProcessSupportError>;
+
+// Answers by argument list. With `requireOverlap`, the version and help runs each wait (bounded)
+// until the other has started, so a probe that ran them one after the other would see a failure.
+class FakeRunner final : public CommandRunning {
+public:
+    RunResult version = CommandOutput{0, "codex-cli 1.2.3\n", ""};
+    RunResult help = CommandOutput{0, "Usage: codex app-server [OPTIONS]\n", ""};
+    bool requireOverlap = false;
+
+    RunResult run(const fs::path& executable, const std::vector<std::string>& arguments,
+                  const Environment& environment, double timeout, std::int64_t outputLimit) const override {
+        std::unique_lock lock(mutex);
+        calls.push_back({executable, arguments, environment, timeout, outputLimit});
+        const bool isVersion = arguments == std::vector<std::string>{"--version"};
+        ++started;
+        changed.notify_all();
+        if (requireOverlap &&
+            !changed.wait_for(lock, std::chrono::seconds(5), [&] { return started >= 2; })) {
+            overlapped = false;
+        }
+        return isVersion ? version : help;
+    }
+
+    std::vector<RunCall> recordedCalls() const {
+        std::lock_guard lock(mutex);
+        return calls;
+    }
+
+    mutable std::mutex mutex;
+    mutable std::condition_variable changed;
+    mutable std::vector<RunCall> calls;
+    mutable int started = 0;
+    mutable bool overlapped = true;
+};
+
+std::vector<std::string> codes(const std::vector<ProviderDiagnostic>& diagnostics) {
+    std::vector<std::string> codes;
+    for (const auto& diagnostic : diagnostics) {
+        codes.push_back(diagnostic.code());
+    }
+    return codes;
+}
+
+class CodexUsageProviderTest : public ::testing::Test {
+protected:
+    void SetUp() override { std::signal(SIGPIPE, SIG_IGN); }
+
+    CodexUsageProvider provider(std::optional<fs::path> configured, Environment environment = {}) const {
+        if (!environment.contains("PATH")) {
+            environment["PATH"] = (home.path() / "empty-bin").string();
+        }
+        environment["HOME"] = home.path().string();
+        return CodexUsageProvider(std::move(configured), ExecutableLocator(), runner, home.path(),
+                                  environment);
+    }
+
+    static bool wellKnownLocationsAreEmpty() {
+        return !ExecutableLocator::isUsable("/opt/homebrew/bin/codex") &&
+               !ExecutableLocator::isUsable("/usr/local/bin/codex");
+    }
+
+    UsageCollectionRequest request{testing::fixedConnectionID(), dateFromUnixSeconds(1'795'000'000)};
+    ScratchDirectory home;
+    std::shared_ptr<FakeRunner> runner = std::make_shared<FakeRunner>();
+};
+
+TEST_F(CodexUsageProviderTest, NothingInstalledAnywhere) {
+    if (!wellKnownLocationsAreEmpty()) {
+        GTEST_SKIP() << "a codex is installed in a well-known location of this machine";
+    }
+    const auto subject = provider(home.path() / "not-there");
+    const auto probe = subject.probe();
+    EXPECT_EQ(probe.availability(), ProviderAvailability::notInstalled);
+    EXPECT_TRUE(probe.capabilities().isEmpty());
+    EXPECT_FALSE(probe.sourceVersion());
+    EXPECT_TRUE(probe.diagnostics().empty());
+
+    const auto collection = subject.collect(request);
+    EXPECT_EQ(codes(collection.diagnostics()), std::vector<std::string>{"codex.not_installed"});
+    EXPECT_EQ(collection.diagnostics()[0].severity(), DiagnosticSeverity::error);
+    EXPECT_TRUE(collection.windows().empty() && collection.tokenBuckets().empty());
+    EXPECT_EQ(collection.collectedAt(), request.observedAt());
+    EXPECT_TRUE(runner->recordedCalls().empty());
+}
+
+TEST_F(CodexUsageProviderTest, ProbeRunsVersionAndHelpConcurrentlyWithTheirLimits) {
+    const auto fake = FakeCodex::shell("exit 0");
+    runner->requireOverlap = true;
+    const auto probe = provider(fake.executable()).probe();
+    EXPECT_TRUE(runner->overlapped);
+    EXPECT_EQ(probe.availability(), ProviderAvailability::availableWithLimitations);
+    EXPECT_EQ(probe.capabilities().rawValue(), 7);
+    EXPECT_EQ(probe.sourceVersion(), "codex-cli 1.2.3");
+    EXPECT_EQ(codes(probe.diagnostics()), std::vector<std::string>{"codex.experimental_protocol"});
+    EXPECT_EQ(probe.diagnostics()[0].severity(), DiagnosticSeverity::info);
+    EXPECT_EQ(probe.provider().id(), "app.gaugewell.codex.subscription");
+
+    auto calls = runner->recordedCalls();
+    ASSERT_EQ(calls.size(), 2u);
+    std::sort(calls.begin(), calls.end(),
+              [](const auto& a, const auto& b) { return a.arguments < b.arguments; });
+    EXPECT_EQ(calls[0].arguments, (std::vector<std::string>{"--version"}));
+    EXPECT_EQ(calls[0].timeout, 3);
+    EXPECT_EQ(calls[0].outputLimit, 16'384);
+    EXPECT_EQ(calls[1].arguments, (std::vector<std::string>{"app-server", "--help"}));
+    EXPECT_EQ(calls[1].timeout, 3);
+    EXPECT_EQ(calls[1].outputLimit, 65'536);
+    for (const auto& call : calls) {
+        EXPECT_EQ(call.executable, fake.executable());
+    }
+}
+
+struct ProbeCase {
+    std::string name;
+    RunResult version;
+    RunResult help;
+    ProviderAvailability availability;
+    std::optional<std::string> sourceVersion;
+    std::vector<std::string> codes;
+};
+
+class ProbeOutcomeTest : public CodexUsageProviderTest, public ::testing::WithParamInterface<ProbeCase> {};
+
+TEST_P(ProbeOutcomeTest, DecidesAvailabilityFromTheTwoRuns) {
+    const auto fake = FakeCodex::shell("exit 0");
+    runner->version = GetParam().version;
+    runner->help = GetParam().help;
+    const auto probe = provider(fake.executable()).probe();
+    EXPECT_EQ(probe.availability(), GetParam().availability);
+    EXPECT_EQ(probe.sourceVersion(), GetParam().sourceVersion);
+    EXPECT_EQ(codes(probe.diagnostics()), GetParam().codes);
+    EXPECT_EQ(probe.capabilities().isEmpty(),
+              GetParam().availability != ProviderAvailability::availableWithLimitations);
+}
+
+const CommandOutput helpWithAppServer{0, "Commands:\n  app-server  Run the app server\n", ""};
+
+INSTANTIATE_TEST_SUITE_P(Outcomes, ProbeOutcomeTest,
+                         ::testing::Values(ProbeCase{"Supported",
+                                                     CommandOutput{0, " codex-cli 0.169.0 \r\n", ""},
+                                                     helpWithAppServer,
+                                                     ProviderAvailability::availableWithLimitations,
+                                                     "codex-cli 0.169.0",
+                                                     {"codex.experimental_protocol"}},
+                                           ProbeCase{"EmptyVersionStillSupported",
+                                                     CommandOutput{0, "", "ignored"},
+                                                     helpWithAppServer,
+                                                     ProviderAvailability::availableWithLimitations,
+                                                     "",
+                                                     {"codex.experimental_protocol"}},
+                                           ProbeCase{"InvalidUtf8Replaced",
+                                                     CommandOutput{0, "codex\xff 1\n", ""},
+                                                     helpWithAppServer,
+                                                     ProviderAvailability::availableWithLimitations,
+                                                     "codex\xEF\xBF\xBD 1",
+                                                     {"codex.experimental_protocol"}},
+                                           ProbeCase{"HelpWithoutAppServer",
+                                                     CommandOutput{0, "codex-cli 0.1.0\n", ""},
+                                                     CommandOutput{0, "Commands:\n  exec\n", "app-server"},
+                                                     ProviderAvailability::unsupportedVersion,
+                                                     "codex-cli 0.1.0",
+                                                     {}},
+                                           ProbeCase{"HelpFailsDespiteText",
+                                                     CommandOutput{0, "codex-cli 0.1.0\n", ""},
+                                                     CommandOutput{1, "app-server", ""},
+                                                     ProviderAvailability::unsupportedVersion,
+                                                     "codex-cli 0.1.0",
+                                                     {}},
+                                           ProbeCase{"VersionFails",
+                                                     CommandOutput{2, "codex-cli 0.1.0", ""},
+                                                     helpWithAppServer,
+                                                     ProviderAvailability::unsupportedVersion,
+                                                     "codex-cli 0.1.0",
+                                                     {}},
+                                           ProbeCase{"UnsupportedWithoutVersionText",
+                                                     CommandOutput{0, " \n", ""},
+                                                     CommandOutput{0, "", ""},
+                                                     ProviderAvailability::unsupportedVersion,
+                                                     std::nullopt,
+                                                     {}},
+                                           ProbeCase{"VersionTimesOut",
+                                                     unexpected(ProcessSupportError::timedOut),
+                                                     helpWithAppServer,
+                                                     ProviderAvailability::temporarilyUnavailable,
+                                                     std::nullopt,
+                                                     {"codex.probe_failed"}},
+                                           ProbeCase{"HelpTooLong",
+                                                     CommandOutput{0, "codex-cli 0.1.0", ""},
+                                                     unexpected(ProcessSupportError::outputLimitExceeded),
+                                                     ProviderAvailability::temporarilyUnavailable,
+                                                     std::nullopt,
+                                                     {"codex.probe_failed"}},
+                                           ProbeCase{"CannotLaunch",
+                                                     unexpected(ProcessSupportError::launchFailed),
+                                                     unexpected(ProcessSupportError::launchFailed),
+                                                     ProviderAvailability::temporarilyUnavailable,
+                                                     std::nullopt,
+                                                     {"codex.probe_failed"}}),
+                         [](const auto& info) { return info.param.name; });
+
+TEST_F(CodexUsageProviderTest, ChildEnvironmentIsAllowListedWithTheToolFolderOnPath) {
+    const auto subject = provider(
+        std::nullopt, {{"PATH", "/usr/bin::/bin"}, {"LANG", "C.UTF-8"}, {"OPENAI_API_KEY", "secret"}});
+    const auto environment = subject.childEnvironment("/opt/tools/codex");
+    EXPECT_EQ(environment, (Environment{{"HOME", home.path().string()},
+                                        {"LANG", "C.UTF-8"},
+                                        {"PATH", "/opt/tools:/usr/bin::/bin"}}));
+    EXPECT_EQ(subject.childEnvironment("/bin/codex").at("PATH"), "/usr/bin::/bin");
+
+    const CodexUsageProvider withoutPath(std::nullopt, ExecutableLocator(), runner, home.path(),
+                                         Environment{});
+    EXPECT_EQ(withoutPath.childEnvironment("/opt/tools/codex"),
+              (Environment{{"PATH", "/opt/tools:/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"}}));
+    EXPECT_EQ(withoutPath.childEnvironment("/usr/local/bin/codex").at("PATH"),
+              "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin");
+}
+
+TEST_F(CodexUsageProviderTest, FindsTheToolThroughPathAndNodeVersionManager) {
+    if (!wellKnownLocationsAreEmpty()) {
+        GTEST_SKIP() << "a codex is installed in a well-known location of this machine";
+    }
+    const auto onPath = FakeCodex::shell("exit 0");
+    EXPECT_EQ(
+        provider(std::nullopt, {{"PATH", "/nowhere:" + onPath.directory().string()}}).resolveExecutable(),
+        onPath.executable());
+
+    for (const auto* version : {"v9.0.0", "v22.3.0", "v20.11.1"}) {
+        const auto bin = home.path() / ".nvm/versions/node" / version / "bin";
+        fs::create_directories(bin);
+        fs::create_symlink(onPath.executable(), bin / "codex");
+    }
+    // Node version manager candidates come before PATH, newest version first.
+    EXPECT_EQ(provider(std::nullopt, {{"PATH", onPath.directory().string()}}).resolveExecutable(),
+              home.path() / ".nvm/versions/node/v22.3.0/bin/codex");
+    // A configured executable comes before everything.
+    const auto configured = FakeCodex::shell("exit 0");
+    EXPECT_EQ(provider(configured.executable()).resolveExecutable(), configured.executable());
+}
+
+// A signed-in app-server with two limits, answering usage before rate limits, with notifications.
+constexpr std::string_view signedInServer = R"PY(
+import time
+handshake()
+send('{"method":"account/updated","params":{}}')
+send('{"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-11-20","tokens":1200},{"startDate":"2026-11-21","tokens":300}]}}')
+send('{"method":"rateLimits/updated","params":{"secret":"sk-NOT-A-DIAGNOSTIC"}}')
+send('{"id":2,"result":{"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":{"codex_other":{"limitId":"codex_other","limitName":"GPT-5 Codex","primary":{"usedPercent":7,"windowDurationMins":300,"resetsAt":1795003600}},"codex":{"limitId":"codex","primary":{"usedPercent":42,"windowDurationMins":300,"resetsAt":1795001000},"secondary":{"usedPercent":13,"windowDurationMins":10080,"resetsAt":1795500000}}}}}')
+finish()
+)PY";
+
+TEST_F(CodexUsageProviderTest, CollectsFromASignedInServer) {
+    const auto fake = FakeCodex::python(signedInServer);
+    const auto result = provider(fake.executable()).collect(request);
+    EXPECT_TRUE(result.diagnostics().empty()) << ::testing::PrintToString(codes(result.diagnostics()));
+    ASSERT_EQ(result.windows().size(), 3u);
+    EXPECT_EQ(result.windows()[0].providerBucketID(), "codex.primary");
+    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
+    EXPECT_EQ(result.windows()[1].providerBucketID(), "codex.secondary");
+    EXPECT_EQ(result.windows()[1].windowKind(), UsageWindowKind::sevenDay);
+    EXPECT_EQ(result.windows()[2].providerBucketID(), "codex_other.primary");
+    EXPECT_EQ(result.windows()[2].providerBucketName(), "GPT-5 Codex");
+    EXPECT_EQ(result.windows()[2].resetAt(), dateFromUnixSeconds(1'795'003'600));
+    EXPECT_EQ(result.windows()[0].id(), "A115A6E0-337E-4F26-9809-6B2E75C39D01:codex.primary:1795000000");
+    ASSERT_EQ(result.tokenBuckets().size(), 2u);
+    EXPECT_EQ(result.tokenBuckets()[1].totalTokens(), 300);
+    EXPECT_EQ(result.windows()[0].sourceVersion(), "codex-cli 1.2.3");
+    EXPECT_EQ(result.tokenBuckets()[0].sourceVersion(), "codex-cli 1.2.3");
+    EXPECT_EQ(result.collectedAt(), request.observedAt());
+
+    const auto calls = runner->recordedCalls();
+    ASSERT_EQ(calls.size(), 1u);
+    EXPECT_EQ(calls[0].arguments, std::vector<std::string>{"--version"});
+    EXPECT_EQ(calls[0].timeout, 5);
+    EXPECT_EQ(calls[0].outputLimit, 16'384);
+    EXPECT_EQ(calls[0].environment.at("PATH"),
+              fake.directory().string() + ":" + (home.path() / "empty-bin").string());
+}
+
+TEST_F(CodexUsageProviderTest, FailingVersionRunLeavesTheVersionAbsent) {
+    for (const RunResult& version :
+         {RunResult(unexpected(ProcessSupportError::timedOut)),
+          RunResult(CommandOutput{1, "codex-cli 1.2.3", ""}), RunResult(CommandOutput{0, "\n\t ", ""})}) {
+        const auto fake = FakeCodex::python(signedInServer);
+        runner->version = version;
+        const auto result = provider(fake.executable()).collect(request);
+        ASSERT_EQ(result.windows().size(), 3u);
+        EXPECT_FALSE(result.windows()[0].sourceVersion());
+        EXPECT_FALSE(result.hasErrorDiagnostic());
+    }
+}
+
+struct CollectionFailureCase {
+    std::string name;
+    std::string script;
+    std::string code;
+};
+
+class CollectionFailureTest : public CodexUsageProviderTest,
+                              public ::testing::WithParamInterface<CollectionFailureCase> {};
+
+TEST_P(CollectionFailureTest, ReportsOneFixedErrorAndNoOutput) {
+    const auto fake = FakeCodex::python(GetParam().script);
+    const auto result = provider(fake.executable()).collect(request);
+    EXPECT_TRUE(result.windows().empty());
+    EXPECT_TRUE(result.tokenBuckets().empty());
+    ASSERT_EQ(codes(result.diagnostics()), std::vector<std::string>{GetParam().code});
+    EXPECT_EQ(result.diagnostics()[0].severity(), DiagnosticSeverity::error);
+    EXPECT_EQ(result.diagnostics()[0].message().find("sk-"), std::string::npos);
+    EXPECT_EQ(result.provider(), codexProviderDescriptor());
+    EXPECT_EQ(result.collectedAt(), request.observedAt());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Failures, CollectionFailureTest,
+    ::testing::Values(
+        CollectionFailureCase{
+            "RpcError",
+            "handshake()\nsend('{\"id\":2,\"error\":{\"code\":-32600,\"message\":\"sk-123\"}}')\n"
+            "finish()",
+            "codex.rpc_error"},
+        CollectionFailureCase{"ProtocolError",
+                              "handshake()\nsend('{\"id\":2}')\nsend('{\"id\":3,\"result\":{}}')\nfinish()",
+                              "codex.protocol_error"},
+        CollectionFailureCase{"SchemaError",
+                              "handshake()\nsend('{\"id\":2,\"result\":{\"sk-x\":{}}}')\n"
+                              "send('{\"id\":3,\"result\":{}}')\nfinish()",
+                              "codex.schema_error"},
+        CollectionFailureCase{"MalformedLine", "handshake()\nsend('sk-secret')\nfinish()",
+                              "codex.malformed_line"},
+        CollectionFailureCase{"StreamEnded", "handshake()\nsys.exit(3)", "codex.stream_ended"}),
+    [](const auto& info) { return info.param.name; });
+
+TEST(CodexDiagnostics, EveryExchangeErrorMapsToItsFixedCode) {
+    using Kind = CodexProviderError::Kind;
+    const std::vector<std::pair<CodexProviderError, std::string>> table{
+        {CodexProviderError::rpcError(-32600), "codex.rpc_error"},
+        {CodexProviderError::rpcError(0), "codex.rpc_error"},
+        {Kind::launchFailed, "codex.launch_failed"},
+        {Kind::timedOut, "codex.timeout"},
+        {Kind::outputLimitExceeded, "codex.output_limit"},
+        {Kind::protocolError, "codex.protocol_error"},
+        {Kind::streamEnded, "codex.stream_ended"},
+        {Kind::malformedLine, "codex.malformed_line"},
+        {Kind::writeFailed, "codex.write_failed"},
+        {Kind::pollFailed, "codex.stream_failed"},
+        {Kind::executableMissing, "codex.collection_failed"},
+    };
+    for (const auto& [error, code] : table) {
+        const auto diagnostic = makeDiagnostic(diagnosticFor(error));
+        EXPECT_EQ(diagnostic.code(), code);
+        EXPECT_EQ(diagnostic.severity(), DiagnosticSeverity::error);
+    }
+    EXPECT_EQ(makeDiagnostic(diagnosticFor(DecodeError{"result", "required key is missing"})).code(),
+              "codex.schema_error");
+}
+
+} // namespace
+} // namespace gaugewell
