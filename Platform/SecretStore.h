@@ -1,0 +1,59 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace gaugewell {
+
+enum class SecretStoreError {
+    unavailable, // no secret service on the bus, or no bus at all
+    locked,      // the collection is locked and could not be unlocked
+    timedOut,    // the call did not finish before its deadline (for example behind an unlock prompt)
+    failed,      // any other refusal of the service
+};
+
+// Empty on success.
+using SecretStoreStatus = std::optional<SecretStoreError>;
+
+struct SecretLoadResult {
+    std::optional<std::string> secret; // absent when nothing is stored (or on error)
+    SecretStoreStatus error;
+};
+
+// One secret string per (service, account) in the user's secret store. Every call is bounded in time
+// and may be made from any thread; none of them may run on a UI thread, since a call can take up to
+// its deadline.
+class SecretStore {
+public:
+    virtual ~SecretStore() = default;
+
+    virtual SecretLoadResult load(std::string_view service, std::string_view account) = 0;
+    // Replaces any earlier secret of the same service and account.
+    virtual SecretStoreStatus save(std::string_view service, std::string_view account,
+                                   std::string_view secret) = 0;
+    // Removing a secret that does not exist succeeds.
+    virtual SecretStoreStatus remove(std::string_view service, std::string_view account) = 0;
+};
+
+// The freedesktop Secret Service through libsecret (gnome-keyring, KeePassXC, ...): items of the schema
+// "app.gaugewell.GenericPassword" with the string attributes "service" and "account", in the default
+// collection. Each call gets a cancellable that a watchdog thread cancels at the deadline, because a
+// locked keyring may show a prompt that nobody answers and libsecret's synchronous calls would wait for it.
+class LibsecretSecretStore final : public SecretStore {
+public:
+    static constexpr std::chrono::milliseconds defaultDeadline{5000};
+
+    explicit LibsecretSecretStore(std::chrono::milliseconds deadline = defaultDeadline);
+
+    SecretLoadResult load(std::string_view service, std::string_view account) override;
+    SecretStoreStatus save(std::string_view service, std::string_view account,
+                           std::string_view secret) override;
+    SecretStoreStatus remove(std::string_view service, std::string_view account) override;
+
+private:
+    std::chrono::milliseconds deadline;
+};
+
+} // namespace gaugewell

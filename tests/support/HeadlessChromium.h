@@ -1,0 +1,32 @@
+#pragma once
+
+#include "SpawnedProcess.h"
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <string>
+
+namespace gaugewell::testing {
+
+// Debian's Chromium, headless, as the browser of a sign-in test: `open` starts it on the URL with a
+// fresh profile; the destructor (or `close`) kills its process group and reaps it.
+class HeadlessChromium {
+public:
+    static constexpr const char* executable = "/usr/bin/chromium";
+
+    // The profile folder goes below `profileParent`.
+    explicit HeadlessChromium(std::filesystem::path profileParent);
+    ~HeadlessChromium();
+
+    static bool isInstalled();
+    bool open(const std::string& url);
+    void close();
+
+private:
+    std::filesystem::path profileParent;
+    std::mutex mutex;
+    std::vector<std::unique_ptr<SpawnedProcess>> processes;
+};
+
+} // namespace gaugewell::testing
