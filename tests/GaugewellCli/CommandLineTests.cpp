@@ -1,0 +1,229 @@
+#include "AuthenticationFakes.h"
+#include "Platform/InMemoryUserDefaults.h"
+#include "RecordFixtures.h"
+#include "app/CommandLine.h"
+#include "app/ProviderReport.h"
+
+#include <condition_variable>
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <gtest/gtest.h>
+#include <mutex>
+#include <sstream>
+#include <unistd.h>
+
+namespace gaugewell {
+namespace {
+
+using testing::referencePlus;
+
+class ScriptedProvider : public GaugewellProvider {
+public:
+    ProviderDescriptor descriptor_{"app.gaugewell.codex.subscription", "Codex", std::nullopt};
+    std::vector<ProviderDiagnostic> diagnostics;
+    std::vector<UsageWindowSample> windows;
+    ProviderAvailability availability = ProviderAvailability::availableWithLimitations;
+
+    const ProviderDescriptor& descriptor() const override { return descriptor_; }
+    ProviderProbeResult probe() const noexcept override {
+        return ProviderProbeResult(descriptor_, availability,
+                                   {ProviderCapabilities::currentWindows, ProviderCapabilities::resetTimes},
+                                   "codex-cli 0.169.0", diagnostics);
+    }
+    ProviderCollectionResult collect(const UsageCollectionRequest& request) const noexcept override {
+        return ProviderCollectionResult(descriptor_, request.observedAt(), windows, {}, diagnostics);
+    }
+};
+
+class CommandLineTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        ::setenv("TZ", "UTC", 1);
+        ::tzset();
+    }
+
+    std::shared_ptr<ScriptedProvider> provider = std::make_shared<ScriptedProvider>();
+    std::shared_ptr<testing::FakeClaude> claude = std::make_shared<testing::FakeClaude>();
+    std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
+    // No codex anywhere: the Codex answers are the not-installed ones.
+    std::shared_ptr<ProviderAuthenticationManager> manager = std::make_shared<ProviderAuthenticationManager>(
+        ProviderAuthenticationManager::Dependencies{ExecutableLocator(),
+                                                    std::make_shared<testing::FakeCommandRunner>(),
+                                                    "/nonexistent",
+                                                    {},
+                                                    defaults,
+                                                    "connections.oauth-authorized.v2",
+                                                    claude,
+                                                    std::make_shared<testing::FakeCodexSession>(),
+                                                    Environment{{"PATH", "/nonexistent"}}});
+    Date now = referencePlus(800'000'000);
+
+    int run(std::vector<std::string> arguments) {
+        out.str("");
+        err.str("");
+        const CommandLine commandLine({
+            [this](std::string_view service) -> std::shared_ptr<const GaugewellProvider> {
+                return service == "codex" ? provider : nullptr;
+            },
+            [this] { return manager; },
+            [this] { return now; },
+        });
+        return commandLine.run(arguments, out, err);
+    }
+
+    std::ostringstream out;
+    std::ostringstream err;
+};
+
+TEST_F(CommandLineTest, CollectJsonIsOneObjectWithTheRecordsInKeyedForm) {
+    provider->windows = {testing::fullSample()};
+    provider->diagnostics = {
+        ProviderDiagnostic(DiagnosticSeverity::warning, "codex.invalid_window", "Skipped.")};
+    EXPECT_EQ(run({"collect", "codex", "--json"}), CommandLine::success);
+    const auto json = parseJson(out.str());
+    ASSERT_TRUE(json.hasValue()) << out.str();
+    std::vector<std::string> keys;
+    for (const auto& member : *json->objectValue()) {
+        keys.push_back(member.first);
+    }
+    EXPECT_EQ(keys, (std::vector<std::string>{"provider", "collectedAt", "windows", "tokenBuckets",
+                                              "diagnostics"}));
+    EXPECT_EQ(*json->find("windows")->arrayValue()->at(0).find("usedFraction")->numberLiteralText(), "0.415");
+    EXPECT_EQ(json->find("collectedAt")->doubleValue(), 800'000'000.0);
+    EXPECT_EQ(*json->find("diagnostics")->arrayValue()->at(0).find("code")->stringValue(),
+              "codex.invalid_window");
+}
+
+TEST_F(CommandLineTest, CollectExitsOneOnlyWithAnErrorDiagnostic) {
+    provider->diagnostics = {ProviderDiagnostic(DiagnosticSeverity::info, "codex.x", "Fine.")};
+    EXPECT_EQ(run({"collect", "codex"}), CommandLine::success);
+    provider->diagnostics.emplace_back(DiagnosticSeverity::error, "codex.rpc_error", "Codex refused.");
+    EXPECT_EQ(run({"collect", "codex"}), CommandLine::failure);
+    EXPECT_NE(out.str().find("error codex.rpc_error: Codex refused.\n"), std::string::npos) << out.str();
+}
+
+TEST_F(CommandLineTest, CollectTextShowsWindowUsedResetAndSource) {
+    provider->windows = {testing::fullSample()}; // resets 8000 s after `now`
+    run({"collect", "codex"});
+    EXPECT_NE(out.str().find("5-hour limit"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find(" 42%"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("2026-05-09 08:26"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("(in 2h 13m)"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("Codex app-server"), std::string::npos) << out.str();
+}
+
+TEST_F(CommandLineTest, ProbeJsonIsTheProbeResultsKeyedForm) {
+    EXPECT_EQ(run({"probe", "--json", "codex"}), CommandLine::success);
+    EXPECT_EQ(out.str(), R"({"provider":{"id":"app.gaugewell.codex.subscription","displayName":"Codex"},)"
+                         R"("availability":"availableWithLimitations","capabilities":3,)"
+                         R"("sourceVersion":"codex-cli 0.169.0","diagnostics":[]})"
+                         "\n");
+    provider->availability = ProviderAvailability::notInstalled;
+    EXPECT_EQ(run({"probe", "codex"}), CommandLine::failure);
+    EXPECT_NE(out.str().find("Codex: notInstalled"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, UsageErrorsExitTwo) {
+    for (const auto& arguments : std::vector<std::vector<std::string>>{{"collect"},
+                                                                       {"collect", "gemini"},
+                                                                       {"collect", "codex", "--yaml"},
+                                                                       {"probe", "codex", "claude"},
+                                                                       {"frobnicate"}}) {
+        EXPECT_EQ(run(arguments), CommandLine::usageError) << arguments.size();
+        EXPECT_FALSE(err.str().empty());
+    }
+}
+
+TEST_F(CommandLineTest, HelpAndVersion) {
+    EXPECT_EQ(run({"--help"}), CommandLine::success);
+    EXPECT_NE(out.str().find("collect codex|claude"), std::string::npos);
+    EXPECT_EQ(run({"collect", "--help"}), CommandLine::success);
+    EXPECT_EQ(run({"--version"}), CommandLine::success);
+    EXPECT_EQ(out.str().rfind("gaugewell ", 0), 0u);
+}
+
+TEST_F(CommandLineTest, AccountsListsBothServicesInOrder) {
+    EXPECT_EQ(run({"accounts"}), CommandLine::success);
+    EXPECT_EQ(out.str(), "Codex: notInstalled \u2014 Command-line tool not found\n"
+                         "Claude: signedOut \u2014 Claude sign-in required\n");
+    EXPECT_EQ(run({"accounts", "--json"}), CommandLine::success);
+    EXPECT_EQ(out.str(),
+              R"([{"service":"codex","status":"notInstalled","detail":"Command-line tool not found"},)"
+              R"({"service":"claude","status":"signedOut","detail":"Claude sign-in required"}])"
+              "\n");
+}
+
+TEST_F(CommandLineTest, ConnectAndDisconnectReportTheResultingState) {
+    EXPECT_EQ(run({"connect", "claude"}), CommandLine::failure);
+    EXPECT_NE(out.str().find("Claude: failed \u2014 Claude sign-in was not completed"), std::string::npos)
+        << out.str();
+    claude->loginSucceeds = true;
+    EXPECT_EQ(run({"connect", "claude"}), CommandLine::success);
+    EXPECT_NE(out.str().find("Claude: signedIn"), std::string::npos);
+    EXPECT_EQ(run({"disconnect", "claude"}), CommandLine::success);
+    EXPECT_NE(out.str().find("Tokens revoked and removed from the Keychain"), std::string::npos);
+    EXPECT_EQ(run({"connect", "codex"}), CommandLine::failure);
+    EXPECT_EQ(run({"connect", "gemini"}), CommandLine::usageError);
+    EXPECT_EQ(run({"disconnect"}), CommandLine::usageError);
+}
+
+TEST_F(CommandLineTest, CtrlCCancelsASignInInProgress) {
+    // A sign-in that waits until it is cancelled, as the real ones do.
+    class WaitingClaude : public testing::FakeClaude {
+    public:
+        std::mutex mutex;
+        std::condition_variable cancelled;
+        bool wasCancelled = false;
+        bool login() override {
+            ::kill(::getpid(), SIGINT); // the user presses Ctrl-C while the browser is open
+            std::unique_lock lock(mutex);
+            return !cancelled.wait_for(lock, std::chrono::seconds(10), [&] { return wasCancelled; });
+        }
+        void cancelLogin() override {
+            const std::lock_guard lock(mutex);
+            wasCancelled = true;
+            cancelled.notify_all();
+        }
+    };
+    auto waiting = std::make_shared<WaitingClaude>();
+    manager = std::make_shared<ProviderAuthenticationManager>(
+        ProviderAuthenticationManager::Dependencies{ExecutableLocator(),
+                                                    std::make_shared<testing::FakeCommandRunner>(),
+                                                    "/nonexistent",
+                                                    {},
+                                                    defaults,
+                                                    "connections.oauth-authorized.v2",
+                                                    waiting,
+                                                    std::make_shared<testing::FakeCodexSession>(),
+                                                    Environment{{"PATH", "/nonexistent"}}});
+    EXPECT_EQ(run({"connect", "claude"}), CommandLine::failure);
+    EXPECT_EQ(err.str(), "Sign-in cancelled.\n");
+    EXPECT_TRUE(waiting->wasCancelled);
+}
+
+TEST(ProviderReport, UsedPercentRoundsHalfAwayFromZeroAndFallsBackToRemaining) {
+    const auto withFractions = [](std::optional<Decimal> used, std::optional<Decimal> remaining) {
+        return UsageWindowSample("s", Uuid(), "b", std::nullopt, UsageWindowKind::fiveHour, std::nullopt,
+                                 Date(), std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
+                                 used, remaining, std::nullopt, std::nullopt, std::nullopt,
+                                 MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact,
+                                 MeasurementCoverage::account, MeasurementFreshness::live,
+                                 testing::testSource(), std::nullopt);
+    };
+    EXPECT_EQ(ProviderReport::usedPercentText(withFractions(Decimal::parse("0.125"), std::nullopt)), "13%");
+    EXPECT_EQ(ProviderReport::usedPercentText(withFractions(Decimal::parse("0.124"), std::nullopt)), "12%");
+    EXPECT_EQ(ProviderReport::usedPercentText(withFractions(std::nullopt, Decimal::parse("0.25"))), "75%");
+    EXPECT_EQ(ProviderReport::usedPercentText(withFractions(std::nullopt, std::nullopt)), "-");
+}
+
+TEST(ProviderReport, RelativeTimes) {
+    const Date now = referencePlus(1000);
+    EXPECT_EQ(ProviderReport::relativeText(referencePlus(999), now), "now");
+    EXPECT_EQ(ProviderReport::relativeText(referencePlus(1045), now), "in 45s");
+    EXPECT_EQ(ProviderReport::relativeText(referencePlus(1000 + 7980), now), "in 2h 13m");
+    EXPECT_EQ(ProviderReport::relativeText(referencePlus(1000 + 3 * 86400 + 7200), now), "in 3d 2h");
+}
+
+} // namespace
+} // namespace gaugewell
