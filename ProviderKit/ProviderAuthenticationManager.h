@@ -6,6 +6,7 @@
 #include "Environment.h"
 #include "ExecutableLocator.h"
 #include "Platform/UserDefaults.h"
+#include "ProviderAuthenticating.h"
 #include "ProviderConnectionState.h"
 
 #include <filesystem>
@@ -20,7 +21,7 @@ namespace gaugewell {
 // Whether each service is connected, and connecting or disconnecting it. Operations block,
 // are serialised (a status check waits behind a running sign-in) and never throw: every
 // outcome is a state with a fixed detail.
-class ProviderAuthenticationManager {
+class ProviderAuthenticationManager final : public ProviderAuthenticating {
 public:
     struct Dependencies {
         ExecutableLocator locator;
@@ -36,12 +37,12 @@ public:
 
     explicit ProviderAuthenticationManager(Dependencies dependencies);
 
-    ProviderConnectionState status(ProviderService service);
-    ProviderConnectionState login(ProviderService service);
-    ProviderConnectionState disconnect(ProviderService service);
+    ProviderConnectionState status(ProviderService service) override;
+    ProviderConnectionState login(ProviderService service) override;
+    ProviderConnectionState disconnect(ProviderService service) override;
 
     // Ends a sign-in in progress (either service) from any thread; it then reports `failed`.
-    void cancelLogin();
+    void cancelLogin() override;
 
     // "connections.oauth-authorized.v2.codex": the user let Gaugewell read the Codex account.
     std::string codexAuthorizationKey() const;

@@ -1,0 +1,120 @@
+#include "GaugewellUI/Model/DiagnosticsReport.h"
+
+#include <QTemporaryDir>
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace gaugewell {
+namespace {
+
+std::string contents(const std::filesystem::path& path) {
+    std::ifstream stream(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
+}
+
+std::vector<std::string> entries(const std::filesystem::path& folder) {
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+        names.push_back(entry.path().filename().string());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+}
+
+struct OsReleaseCase {
+    const char* name;
+    std::string text;
+    std::optional<std::string> prettyName;
+};
+
+class OsReleasePrettyName : public ::testing::TestWithParam<OsReleaseCase> {};
+
+TEST_P(OsReleasePrettyName, IsReadLikeTheShellWould) {
+    EXPECT_EQ(osReleasePrettyName(GetParam().text), GetParam().prettyName);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, OsReleasePrettyName,
+    ::testing::Values(
+        OsReleaseCase{"DoubleQuoted",
+                      "NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n",
+                      "Debian GNU/Linux 12 (bookworm)"},
+        OsReleaseCase{"SingleQuoted", "PRETTY_NAME='Fedora Linux 40'\n", "Fedora Linux 40"},
+        OsReleaseCase{"Unquoted", "PRETTY_NAME=Arch\r\n", "Arch"},
+        OsReleaseCase{"Escapes", "PRETTY_NAME=\"A \\\"quoted\\\" \\\\ name\"", "A \"quoted\" \\ name"},
+        OsReleaseCase{"LastAssignmentWins", "PRETTY_NAME=Old\nPRETTY_NAME=New\n", "New"},
+        OsReleaseCase{"KeyMustStartTheLine", "#PRETTY_NAME=Commented\nXPRETTY_NAME=Other\n", std::nullopt},
+        OsReleaseCase{"Empty", "PRETTY_NAME=\"\"\n", std::nullopt},
+        OsReleaseCase{"Missing", "NAME=Linux\n", std::nullopt}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+TEST(DiagnosticsReport, SystemVersionNamesTheDistributionAndKernel) {
+    EXPECT_EQ(systemVersionText("Debian GNU/Linux 12 (bookworm)", "6.1.0-18-amd64"),
+              "Debian GNU/Linux 12 (bookworm) (kernel 6.1.0-18-amd64)");
+    EXPECT_EQ(systemVersionText(std::nullopt, "6.1.0"), "Linux (kernel 6.1.0)");
+    EXPECT_EQ(systemVersionText("Debian", std::nullopt), "Debian");
+}
+
+TEST(DiagnosticsReport, CurrentSystemVersionReadsTheFirstOsReleaseThatExists) {
+    QTemporaryDir folder;
+    const std::filesystem::path root = folder.path().toStdString();
+    std::ofstream(root / "os-release") << "PRETTY_NAME=\"Test OS 1\"\n";
+    const auto version = currentSystemVersion({root / "missing", root / "os-release"});
+    EXPECT_TRUE(version.starts_with("Test OS 1 (kernel ")) << version;
+
+    const auto fallback = currentSystemVersion({root / "missing"});
+    EXPECT_TRUE(fallback.starts_with("Linux (kernel ")) << fallback;
+}
+
+TEST(DiagnosticsReport, EnvironmentSuppliesTheVersionLines) {
+    const auto current = DiagnosticsReportEnvironment::current();
+    EXPECT_FALSE(current.appVersion.empty());
+    EXPECT_FALSE(current.build.empty());
+    const DiagnosticsReportEnvironment environment{"1.4", "212", [] { return std::string("Test OS\n"); }};
+    const auto text = diagnosticsReport({}, dateFromUnixSeconds(0), environment);
+    EXPECT_NE(text.find("\nApp: 1.4 (212)\nSystem: Test OS\n"), std::string::npos) << text;
+}
+
+TEST(DiagnosticsReport, WritingReplacesTheFileAndLeavesNothingElse) {
+    QTemporaryDir folder;
+    const std::filesystem::path root = folder.path().toStdString();
+    const auto destination = root / "Gaugewell-Diagnostics.txt";
+    std::ofstream(destination) << "an older and much longer report\n";
+    EXPECT_EQ(writeDiagnosticsReport(destination, "Gaugewell diagnostics\n\u00e9\n"), std::nullopt);
+    EXPECT_EQ(contents(destination), "Gaugewell diagnostics\n\u00e9\n");
+    EXPECT_EQ(entries(root), std::vector<std::string>{"Gaugewell-Diagnostics.txt"});
+}
+
+struct WriteFailureCase {
+    const char* name;
+    std::string destination; // relative to a fresh folder
+    DiagnosticsReportWriteError error;
+};
+
+class DiagnosticsReportWriteFailure : public ::testing::TestWithParam<WriteFailureCase> {};
+
+TEST_P(DiagnosticsReportWriteFailure, ReportsTheCauseAndLeavesTheFolderAsItWas) {
+    QTemporaryDir folder;
+    const std::filesystem::path root = folder.path().toStdString();
+    std::filesystem::create_directory(root / "a-folder");
+    std::ofstream(root / "a-file") << "kept\n";
+    const auto before = entries(root);
+    EXPECT_EQ(writeDiagnosticsReport(root / GetParam().destination, "text\n"), GetParam().error);
+    EXPECT_EQ(entries(root), before);
+    EXPECT_TRUE(std::filesystem::is_empty(root / "a-folder"));
+    EXPECT_EQ(contents(root / "a-file"), "kept\n");
+    EXPECT_FALSE(diagnosticsReportWriteErrorText(GetParam().error).empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Destinations, DiagnosticsReportWriteFailure,
+    ::testing::Values(
+        WriteFailureCase{"MissingFolder", "gone/report.txt", DiagnosticsReportWriteError::folderMissing},
+        WriteFailureCase{"FileWhereAFolderShouldBe", "a-file/report.txt",
+                         DiagnosticsReportWriteError::folderMissing},
+        WriteFailureCase{"ExistingFolder", "a-folder", DiagnosticsReportWriteError::destinationIsFolder},
+        WriteFailureCase{"NoFileName", "a-folder/", DiagnosticsReportWriteError::destinationIsFolder}),
+    [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
+} // namespace gaugewell

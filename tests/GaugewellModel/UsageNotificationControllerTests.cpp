@@ -1,0 +1,283 @@
+#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "Platform/InMemoryUserDefaults.h"
+#include "QtTestSupport.h"
+#include "RecordFixtures.h"
+
+#include <QPromise>
+#include <QRegularExpression>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace gaugewell {
+namespace {
+
+using ::testing::ElementsAre;
+
+template <class T> QFuture<T> finished(T value) {
+    QPromise<T> promise;
+    promise.start();
+    promise.addResult(std::move(value));
+    promise.finish();
+    return promise.future();
+}
+
+// Answers at once with what the test set; records every request.
+class FakeNotificationBackend final : public NotificationBackend {
+public:
+    NotificationAuthorization current = NotificationAuthorization::notDetermined;
+    NotificationAuthorization afterRequest = NotificationAuthorization::authorized;
+    std::set<std::size_t> refusedPosts; // by position among all posts
+    int requests = 0;
+    std::vector<NotificationRequest> posted;
+
+    QFuture<NotificationAuthorization> authorization() override { return finished(current); }
+    QFuture<NotificationAuthorization> requestAuthorization() override {
+        ++requests;
+        current = afterRequest;
+        return finished(current);
+    }
+    QFuture<std::optional<NotificationPostError>> post(NotificationRequest request) override {
+        const bool refused = refusedPosts.contains(posted.size());
+        posted.push_back(std::move(request));
+        return finished(refused ? std::optional(NotificationPostError::rejected) : std::nullopt);
+    }
+};
+
+UsageWindowSample window(std::string bucket, UsageWindowKind kind, std::optional<std::string> used,
+                         std::optional<std::string> bucketName = std::nullopt,
+                         std::optional<std::string> modelID = std::nullopt, double observedAt = 1000) {
+    return UsageWindowSample("w-" + bucket, testing::fixedConnectionID(), bucket, std::move(bucketName), kind,
+                             std::move(modelID), testing::referencePlus(observedAt), std::nullopt,
+                             std::nullopt, std::nullopt, std::nullopt, testing::referencePlus(5000),
+                             used ? Decimal::parse(*used) : std::nullopt, Decimal::parse("0.5"), std::nullopt,
+                             std::nullopt, std::nullopt, MeasurementAuthority::vendorAuthoritative,
+                             MeasurementConfidence::exact, MeasurementCoverage::account,
+                             MeasurementFreshness::live, testing::testSource(), std::nullopt);
+}
+
+ProviderViewState provider(ProviderService service, std::vector<UsageWindowSample> windows) {
+    return ProviderViewState{
+        service,
+        ProviderDescriptor(std::string(providerID(service)), std::string(displayName(service)), std::nullopt),
+        ProviderAvailability::availableWithLimitations,
+        {},
+        std::move(windows),
+        {},
+        {}};
+}
+
+class UsageNotificationControllerTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        testing::coreApplication();
+        defaults->set(UsageNotificationController::enabledKey, true);
+    }
+
+    void allow() {
+        ASSERT_TRUE(testing::waitForFuture(controller.requestPermission()));
+        ASSERT_EQ(controller.permission(), UsageNotificationPermission::allowed);
+    }
+
+    std::vector<NotificationRequest> process(const std::vector<ProviderViewState>& providers) {
+        const auto before = backend->posted.size();
+        EXPECT_TRUE(testing::waitForFuture(controller.process(providers)));
+        return {backend->posted.begin() + static_cast<std::ptrdiff_t>(before), backend->posted.end()};
+    }
+
+    std::vector<std::pair<std::string, std::string>> texts(const std::vector<NotificationRequest>& requests) {
+        std::vector<std::pair<std::string, std::string>> result;
+        for (const auto& request : requests) {
+            result.emplace_back(request.title, request.body);
+        }
+        return result;
+    }
+
+    std::shared_ptr<FakeNotificationBackend> backend = std::make_shared<FakeNotificationBackend>();
+    std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
+    UsageNotificationController controller{backend, defaults};
+};
+
+TEST_F(UsageNotificationControllerTest, WithoutABackendPermissionIsUnavailableAndNothingIsAsked) {
+    UsageNotificationController alone(nullptr, defaults);
+    EXPECT_EQ(alone.permission(), UsageNotificationPermission::unavailable);
+    EXPECT_TRUE(testing::waitForFuture(alone.requestPermission()));
+    EXPECT_TRUE(testing::waitForFuture(alone.refreshPermission()));
+    EXPECT_EQ(alone.permission(), UsageNotificationPermission::unavailable);
+    EXPECT_TRUE(testing::waitForFuture(alone.process({provider(ProviderService::codex, {})})));
+}
+
+TEST_F(UsageNotificationControllerTest, PermissionFollowsTheServiceAndRequestingAllows) {
+    EXPECT_EQ(controller.permission(), UsageNotificationPermission::notRequested);
+    defaults->set(UsageNotificationController::enabledKey, false);
+    const std::pair<NotificationAuthorization, UsageNotificationPermission> mapping[] = {
+        {NotificationAuthorization::unavailable, UsageNotificationPermission::unavailable},
+        {NotificationAuthorization::notDetermined, UsageNotificationPermission::notRequested},
+        {NotificationAuthorization::denied, UsageNotificationPermission::denied},
+        {NotificationAuthorization::authorized, UsageNotificationPermission::allowed}};
+    for (const auto& [authorization, permission] : mapping) {
+        backend->current = authorization;
+        ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
+        EXPECT_EQ(controller.permission(), permission) << rawValue(permission);
+    }
+    EXPECT_EQ(backend->requests, 0);
+
+    backend->current = NotificationAuthorization::notDetermined;
+    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
+    int changes = 0;
+    QObject::connect(&controller, &UsageNotificationController::permissionChanged, [&changes] { ++changes; });
+    ASSERT_TRUE(testing::waitForFuture(controller.requestPermission()));
+    EXPECT_EQ(backend->requests, 1);
+    EXPECT_EQ(controller.permission(), UsageNotificationPermission::allowed);
+    EXPECT_EQ(changes, 1);
+}
+
+TEST_F(UsageNotificationControllerTest, AlertsSwitchedOnEarlierStandForConsentOnTheNextLaunch) {
+    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
+    EXPECT_EQ(backend->requests, 1);
+    EXPECT_EQ(controller.permission(), UsageNotificationPermission::allowed);
+
+    // A service that keeps saying "not determined" is asked once, not in a loop.
+    backend->current = NotificationAuthorization::notDetermined;
+    backend->afterRequest = NotificationAuthorization::notDetermined;
+    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
+    EXPECT_EQ(backend->requests, 2);
+    EXPECT_EQ(controller.permission(), UsageNotificationPermission::notRequested);
+}
+
+TEST_F(UsageNotificationControllerTest, PostsThresholdAndResetNotificationsWithTheirTexts) {
+    defaults->set(UsageNotificationController::windowResetKey, true);
+    allow();
+    EXPECT_TRUE(
+        process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.4"),
+                                                   window("weekly", UsageWindowKind::sevenDay, "0.3")}),
+                 provider(ProviderService::claude, {window("opus", UsageWindowKind::modelSpecific, "0.1",
+                                                           std::nullopt, "claude-opus")})})
+            .empty());
+    const auto posted = process(
+        {provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.915"),
+                                           window("weekly", UsageWindowKind::sevenDay, "0.01")}),
+         provider(ProviderService::claude,
+                  {window("opus", UsageWindowKind::modelSpecific, "0.505", std::nullopt, "claude-opus")})});
+    EXPECT_THAT(texts(posted), ElementsAre(std::pair{"Codex reached 90%", "Session has 92% used."},
+                                           std::pair{"Codex limit reset", "Weekly is available again."},
+                                           std::pair{"Claude reached 50%", "claude-opus has 51% used."}));
+    const QRegularExpression identifier(
+        QStringLiteral("^usage\\.[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$"));
+    std::set<std::string> identifiers;
+    for (const auto& request : posted) {
+        EXPECT_TRUE(identifier.match(QString::fromStdString(request.identifier)).hasMatch())
+            << request.identifier;
+        identifiers.insert(request.identifier);
+    }
+    EXPECT_EQ(identifiers.size(), posted.size());
+}
+
+TEST_F(UsageNotificationControllerTest, WindowNamesPreferTheBucketNameThenTheKind) {
+    allow();
+    const auto windows = [](const char* used) {
+        return std::vector{window("a", UsageWindowKind::fiveHour, used, "5h limit"),
+                           window("b", UsageWindowKind::fiveHour, used, ""),
+                           window("c", UsageWindowKind::modelSpecific, used, std::nullopt, ""),
+                           window("d", UsageWindowKind::custom, used),
+                           window("e", UsageWindowKind::unknown, used),
+                           window("f", UsageWindowKind::unknown, std::nullopt)};
+    };
+    process({provider(ProviderService::codex, windows("0.2"))});
+    std::vector<std::string> bodies;
+    for (const auto& request : process({provider(ProviderService::codex, windows("0.6"))})) {
+        bodies.push_back(request.body);
+    }
+    EXPECT_THAT(bodies, ElementsAre("5h limit has 60% used.", "Session has 60% used.", "Model has 60% used.",
+                                    "Custom has 60% used.", "Window has 60% used."));
+}
+
+TEST_F(UsageNotificationControllerTest, OnlyTheLatestSampleOfABucketCounts) {
+    allow();
+    process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.3")})});
+    const auto posted = process(
+        {provider(ProviderService::codex,
+                  {window("primary", UsageWindowKind::fiveHour, "0.8", std::nullopt, std::nullopt, 900),
+                   window("primary", UsageWindowKind::fiveHour, "0.55", std::nullopt, std::nullopt, 1100)})});
+    EXPECT_THAT(texts(posted), ElementsAre(std::pair{"Codex reached 50%", "Session has 55% used."}));
+}
+
+TEST_F(UsageNotificationControllerTest, RefusedPostDoesNotStopTheRestOfTheBatch) {
+    allow();
+    backend->refusedPosts = {0};
+    const auto windows = [](const char* used) {
+        return std::vector{window("primary", UsageWindowKind::fiveHour, used),
+                           window("weekly", UsageWindowKind::sevenDay, used)};
+    };
+    process({provider(ProviderService::codex, windows("0.1"))});
+    EXPECT_EQ(process({provider(ProviderService::codex, windows("0.8"))}).size(), 2u);
+    // The refused alert is not retried: the evaluation already counted it.
+    EXPECT_TRUE(process({provider(ProviderService::codex, windows("0.8"))}).empty());
+}
+
+TEST_F(UsageNotificationControllerTest, NothingIsPostedWhenSwitchedOffOrNotAllowed) {
+    const auto at = [](const char* used) {
+        return std::vector{
+            provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, used)})};
+    };
+    // Not allowed: the evaluation still moves on, so nothing is announced later for this crossing.
+    process(at("0.1"));
+    EXPECT_TRUE(process(at("0.6")).empty());
+    allow();
+    EXPECT_TRUE(process(at("0.6")).empty());
+
+    defaults->set(UsageNotificationController::enabledKey, false);
+    EXPECT_TRUE(process(at("0.8")).empty());
+    EXPECT_TRUE(controller.evaluator().states().empty());
+}
+
+struct SettingsCase {
+    const char* name;
+    std::vector<std::pair<std::string, UserDefaultsValue>> stored;
+    std::vector<std::string> expectedTitles;
+};
+
+class UsageNotificationSettings : public UsageNotificationControllerTest,
+                                  public ::testing::WithParamInterface<SettingsCase> {};
+
+TEST_P(UsageNotificationSettings, ChooseTheAnnouncedEvents) {
+    for (const auto& [key, value] : GetParam().stored) {
+        defaults->set(key, value);
+    }
+    allow();
+    // 0.3 -> 0.96 (one threshold event: the highest enabled), 0.6 -> 0.01 (a reset).
+    process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.3"),
+                                               window("weekly", UsageWindowKind::sevenDay, "0.6")})});
+    std::vector<std::string> titles;
+    for (const auto& request :
+         process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.96"),
+                                                    window("weekly", UsageWindowKind::sevenDay, "0.01")})})) {
+        titles.push_back(request.title);
+    }
+    EXPECT_EQ(titles, GetParam().expectedTitles);
+}
+
+INSTANTIATE_TEST_SUITE_P(Keys, UsageNotificationSettings,
+                         ::testing::Values(SettingsCase{"Defaults", {}, {"Codex reached 95%"}},
+                                           SettingsCase{"HighestSwitchedOff",
+                                                        {{"notifications.threshold.95", false}},
+                                                        {"Codex reached 90%"}},
+                                           SettingsCase{"OnlyLowest",
+                                                        {{"notifications.threshold.95", false},
+                                                         {"notifications.threshold.90", false},
+                                                         {"notifications.threshold.75", false}},
+                                                        {"Codex reached 50%"}},
+                                           SettingsCase{"NonBooleanValuesKeepTheDefault",
+                                                        {{"notifications.threshold.95", std::string("false")},
+                                                         {"notifications.threshold.90", 0.0},
+                                                         {"notifications.windowReset", std::string("true")}},
+                                                        {"Codex reached 95%"}},
+                                           SettingsCase{"ResetsWhenSwitchedOn",
+                                                        {{"notifications.windowReset", true}},
+                                                        {"Codex reached 95%", "Codex limit reset"}},
+                                           SettingsCase{"MasterSwitchReadLeniently",
+                                                        {{"notifications.enabled", std::string("yes")}},
+                                                        {"Codex reached 95%"}}),
+                         [](const auto& info) { return std::string(info.param.name); });
+
+} // namespace
+} // namespace gaugewell
