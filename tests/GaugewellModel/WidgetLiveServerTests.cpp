@@ -1,0 +1,412 @@
+#include "GaugewellUI/Model/WidgetLiveServer.h"
+#include "GaugewellWidgetSupport/WidgetUsageLoader.h"
+#include "WidgetFeedTestSupport.h"
+
+#include <QProcess>
+#include <atomic>
+#include <condition_variable>
+#include <fcntl.h>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <memory>
+#include <mutex>
+#include <sys/resource.h>
+
+namespace gaugewell {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::exchange;
+using testing::spinUntil;
+using testing::whileServing;
+
+const std::string notFound = "HTTP/1.1 404 Not Found\r\nContent-Type: application/json\r\n"
+                             "Cache-Control: no-store\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+const std::string serverError = "HTTP/1.1 500 Internal Server Error\r\nContent-Type: application/json\r\n"
+                                "Cache-Control: no-store\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+const std::string getRequest = "GET /widget/v1 HTTP/1.1\r\nHost: 127.0.0.1\r\nAccept: */*\r\n\r\n";
+
+WidgetUsageSnapshot sampleSnapshot() {
+    return WidgetUsageSnapshot(
+        widgetDateFromSecondsSinceReferenceDate(785001234.5),
+        {WidgetProviderUsage(WidgetProviderService::codex, WidgetProviderState::available,
+                             {WidgetWindow("primary", "Five-hour", 0.42,
+                                           widgetDateFromSecondsSinceReferenceDate(785010000))}),
+         WidgetProviderUsage(WidgetProviderService::claude, WidgetProviderState::signInRequired, {})});
+}
+
+const std::string sampleJson =
+    R"({"updatedAt":785001234.5,"providers":[{"service":"codex","state":"available","windows":[{"id":"primary",)"
+    R"("name":"Five-hour","usedFraction":0.42,"resetAt":785010000}]},{"service":"claude","state":"signInRequired",)"
+    R"("windows":[]}]})";
+
+std::string okResponse(const std::string& body) {
+    return "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nCache-Control: "
+           "no-store\r\nContent-Length: " +
+           std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
+}
+
+class WidgetLiveServerTest : public ::testing::Test {
+protected:
+    static void SetUpTestSuite() { testing::ensureCoreApplication(); }
+
+    void SetUp() override {
+        port = testing::unusedLoopbackPort();
+        ASSERT_NE(port, 0);
+        qputenv("GAUGEWELL_WIDGET_PORT", QByteArray::number(port));
+    }
+    void TearDown() override { qunsetenv("GAUGEWELL_WIDGET_PORT"); }
+
+    // Answers at once with the sample snapshot and counts the requests that reached it.
+    WidgetLiveServer::SnapshotSource instantSource() {
+        return [this](WidgetLiveServer::SnapshotReply reply) {
+            ++snapshotRequests;
+            reply(sampleSnapshot());
+        };
+    }
+    // Keeps the replies for the test to give later.
+    WidgetLiveServer::SnapshotSource deferredSource() {
+        return [this](WidgetLiveServer::SnapshotReply reply) { pending.push_back(std::move(reply)); };
+    }
+
+    std::unique_ptr<WidgetLiveServer> startedServer(WidgetLiveServer::SnapshotSource source,
+                                                    std::chrono::milliseconds idleTimeout = 5s,
+                                                    std::size_t maximumConnections = 64) {
+        auto options = WidgetLiveServerOptions::fromEnvironment();
+        options.idleTimeout = idleTimeout;
+        options.maximumConnections = maximumConnections;
+        auto server = std::make_unique<WidgetLiveServer>(std::move(source), options);
+        server->start();
+        EXPECT_TRUE(server->isListening());
+        EXPECT_EQ(server->port(), port);
+        return server;
+    }
+
+    testing::RawExchange rawExchange(const std::string& request, std::chrono::milliseconds deadline = 10s) {
+        auto result = whileServing([&] { return exchange(port, request, deadline); });
+        EXPECT_TRUE(result.has_value());
+        return result.value_or(testing::RawExchange{});
+    }
+
+    // Real curl as a child process; stdout holds the response head and body as received.
+    std::optional<QByteArray> curl(const QStringList& extraArguments) {
+        QProcess process;
+        QStringList arguments{"--silent", "--include", "--max-time", "10", "--noproxy", "*"};
+        arguments << extraArguments;
+        process.start("curl", arguments);
+        if (!spinUntil([&] { return process.state() == QProcess::NotRunning; }, 15s) ||
+            process.exitStatus() != QProcess::NormalExit || process.exitCode() != 0) {
+            process.kill();
+            process.waitForFinished(1000);
+            return std::nullopt;
+        }
+        return process.readAllStandardOutput();
+    }
+
+    QString url(const QString& suffix = {}) const {
+        return QString("http://127.0.0.1:%1/widget/v1%2").arg(port).arg(suffix);
+    }
+
+    std::uint16_t port = 0;
+    int snapshotRequests = 0;
+    std::vector<WidgetLiveServer::SnapshotReply> pending;
+};
+
+TEST_F(WidgetLiveServerTest, CurlGetsTheSnapshotJsonInTheExactResponse) {
+    const auto server = startedServer(instantSource());
+    const auto response = curl({url()});
+    ASSERT_TRUE(response.has_value());
+    EXPECT_EQ(response->toStdString(), okResponse(sampleJson));
+    EXPECT_EQ(snapshotRequests, 1);
+}
+
+TEST_F(WidgetLiveServerTest, TheWidgetLoaderDecodesWhatIsServed) {
+    const auto server = startedServer(instantSource());
+    const auto fetched =
+        whileServing([] { return fetchWidgetUsageSnapshot(WidgetFeedEndpoint::fromEnvironment()); });
+    ASSERT_TRUE(fetched.has_value());
+    ASSERT_TRUE(fetched->hasValue());
+    EXPECT_EQ(fetched->value(), sampleSnapshot());
+}
+
+TEST_F(WidgetLiveServerTest, CurlWithAQueryStringOrAnotherMethodGetsNotFound) {
+    const auto server = startedServer(instantSource());
+    for (const QStringList& arguments : {QStringList{url("?x=1")}, QStringList{"-X", "POST", url()},
+                                         QStringList{"http://127.0.0.1:" + QString::number(port) + "/"}}) {
+        const auto response = curl(arguments);
+        ASSERT_TRUE(response.has_value()) << arguments.join(' ').toStdString();
+        EXPECT_EQ(response->toStdString(), notFound) << arguments.join(' ').toStdString();
+    }
+    EXPECT_EQ(snapshotRequests, 0);
+}
+
+// Each request is the whole first chunk the server sees.
+class WidgetLiveServerNotFoundTest : public WidgetLiveServerTest,
+                                     public ::testing::WithParamInterface<std::string> {};
+
+TEST_P(WidgetLiveServerNotFoundTest, AnswersExactlyTheNotFoundHeadAndCloses) {
+    const auto server = startedServer(instantSource());
+    const auto result = rawExchange(GetParam());
+    EXPECT_TRUE(result.closedByServer);
+    EXPECT_EQ(result.received, notFound);
+    EXPECT_EQ(snapshotRequests, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Requests, WidgetLiveServerNotFoundTest,
+    ::testing::Values("GET /widget/v1?x=1 HTTP/1.1\r\n\r\n", "POST /widget/v1 HTTP/1.1\r\n\r\n",
+                      "get /widget/v1 HTTP/1.1\r\n\r\n", "GET /widget/v10 HTTP/1.1\r\n\r\n",
+                      "GET /wid", // a request line cut shorter than the path
+                      "GET /widget/v1", " GET /widget/v1 HTTP/1.1\r\n\r\n",
+                      std::string("GET /widget/v1 HTTP/1.1\r\nX: \xff\xfe\r\n\r\n"),   // not UTF-8
+                      std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03", 11), // a TLS hello
+                      std::string(3000, '\0'), std::string(4096, 'A')));
+
+TEST_F(WidgetLiveServerTest, ReadsOnlyTheFirstRequestAndAnswersOnce) {
+    const auto server = startedServer(instantSource());
+    const auto result = rawExchange(getRequest + getRequest);
+    EXPECT_TRUE(result.closedByServer);
+    EXPECT_EQ(result.received, okResponse(sampleJson));
+    EXPECT_EQ(snapshotRequests, 1);
+}
+
+TEST_F(WidgetLiveServerTest, AnswersAClientThatStoppedSendingAfterItsRequest) {
+    const auto server = startedServer(deferredSource());
+    std::optional<testing::RawExchange> result;
+    std::thread client([&] { result = exchange(port, getRequest, 10s, true); });
+    const bool asked = spinUntil([&] { return pending.size() == 1; });
+    if (asked) {
+        // Later than the half-close has certainly arrived: it must not end the connection.
+        QTimer::singleShot(100ms, [&] { pending.front()(sampleSnapshot()); });
+    }
+    spinUntil([&] { return pending.size() == 1 && server->openConnectionCount() == 0; });
+    client.join();
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(result->received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, AnswersNotFoundToAClientThatSentNothingBeforeItsEnd) {
+    const auto server = startedServer(instantSource());
+    const auto result = whileServing([&] { return exchange(port, {}, 10s, true); });
+    EXPECT_EQ(result->received, notFound);
+}
+
+TEST_F(WidgetLiveServerTest, AnswersServerErrorWithoutASnapshot) {
+    for (WidgetLiveServer::SnapshotSource source :
+         {WidgetLiveServer::SnapshotSource{},
+          WidgetLiveServer::SnapshotSource([](auto reply) { reply(std::nullopt); })}) {
+        const auto server = startedServer(source);
+        EXPECT_EQ(rawExchange(getRequest).received, serverError);
+    }
+}
+
+TEST_F(WidgetLiveServerTest, ASecondReplyForTheSameRequestIsIgnored) {
+    const auto server = startedServer([](auto reply) {
+        reply(sampleSnapshot());
+        reply(std::nullopt);
+    });
+    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, WaitsForASlowSnapshotBeyondTheIdleTimeout) {
+    const auto server = startedServer(deferredSource(), 100ms);
+    QTimer::singleShot(600ms, [&] {
+        ASSERT_EQ(pending.size(), 1u);
+        pending.front()(sampleSnapshot());
+    });
+    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, ClosesASilentConnectionAfterTheIdleTimeout) {
+    const auto server = startedServer(instantSource(), 200ms);
+    const auto result = rawExchange({}, 10s);
+    EXPECT_TRUE(result.closedByServer);
+    EXPECT_EQ(result.received, "");
+    EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
+}
+
+TEST_F(WidgetLiveServerTest, ClosesConnectionsBeyondTheCapAtOnceAndServesAgainWhenOneEnds) {
+    const auto server = startedServer(instantSource(), 60s, 2);
+    const int first = testing::connectToLoopback(port);
+    const int second = testing::connectToLoopback(port);
+    ASSERT_TRUE(spinUntil([&] { return server->openConnectionCount() == 2; }));
+
+    // Well before the 60-second idle timeout could explain it.
+    const auto refused = rawExchange(getRequest, 10s);
+    EXPECT_TRUE(refused.closedByServer);
+    EXPECT_EQ(refused.received, "");
+
+    ::close(first);
+    ASSERT_TRUE(spinUntil([&] { return server->openConnectionCount() == 1; }));
+    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+    ::close(second);
+}
+
+TEST_F(WidgetLiveServerTest, StaysResponsiveAfterAThousandConnectionsAtOnce) {
+    const auto server = startedServer(instantSource(), 300ms);
+    constexpr int flood = 1000;
+    // Every connection must be ended by the server: at once beyond the cap, after the idle timeout within it.
+    const auto closedByServer = whileServing(
+        [this] {
+            std::vector<pollfd> sockets;
+            for (int index = 0; index < flood; ++index) {
+                const int fd = testing::connectToLoopback(port, false);
+                if (fd >= 0) {
+                    sockets.push_back({fd, POLLIN, 0});
+                }
+            }
+            int closed = 0;
+            const auto end = std::chrono::steady_clock::now() + 40s;
+            while (closed < flood && std::chrono::steady_clock::now() < end) {
+                if (::poll(sockets.data(), sockets.size(), 200) <= 0) {
+                    continue;
+                }
+                for (auto& entry : sockets) {
+                    char byte;
+                    if (entry.fd >= 0 && entry.revents != 0 && ::recv(entry.fd, &byte, 1, 0) <= 0) {
+                        ::close(entry.fd);
+                        entry.fd = -1; // poll skips it from now on
+                        ++closed;
+                    }
+                }
+            }
+            for (const auto& entry : sockets) {
+                if (entry.fd >= 0) {
+                    ::close(entry.fd);
+                }
+            }
+            return closed;
+        },
+        60s);
+    ASSERT_TRUE(closedByServer.has_value());
+    EXPECT_EQ(*closedByServer, flood);
+    EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
+    const auto response = curl({url()});
+    ASSERT_TRUE(response.has_value());
+    EXPECT_EQ(response->toStdString(), okResponse(sampleJson));
+}
+
+// Qt stops accepting for good after an accept fails for want of descriptors.
+TEST_F(WidgetLiveServerTest, AcceptsAgainAfterRunningOutOfDescriptors) {
+    const auto server = startedServer(instantSource());
+    auto* listener = server->findChild<QTcpServer*>();
+    ASSERT_NE(listener, nullptr);
+    bool acceptFailed = false;
+    QObject::connect(listener, &QTcpServer::acceptError, [&] { acceptFailed = true; });
+
+    rlimit original{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &original), 0);
+    int highest = 0;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        highest = std::max(highest, std::stoi(entry.path().filename().string()));
+    }
+
+    // The client thread starts before descriptors run out (the sanitizers need some to start one).
+    std::mutex mutex;
+    std::condition_variable wake;
+    bool go = false;
+    std::atomic<bool> answered = false;
+    std::optional<testing::RawExchange> result;
+    std::thread client([&] {
+        {
+            std::unique_lock lock(mutex);
+            wake.wait_for(lock, 30s, [&] { return go; });
+        }
+        result = exchange(port, getRequest);
+        answered = true;
+    });
+
+    // Leave exactly one free descriptor, for the client.
+    rlimit lowered = original;
+    lowered.rlim_cur = static_cast<rlim_t>(highest) + 32;
+    const bool lowerable = ::setrlimit(RLIMIT_NOFILE, &lowered) == 0;
+    std::vector<int> filler;
+    for (int fd; lowerable && (fd = ::fcntl(0, F_DUPFD_CLOEXEC, 0)) >= 0;) {
+        filler.push_back(fd);
+    }
+    if (!filler.empty()) {
+        ::close(filler.back());
+        filler.pop_back();
+    }
+
+    {
+        std::lock_guard lock(mutex);
+        go = true;
+    }
+    wake.notify_one();
+    const bool sawFailure = spinUntil([&] { return acceptFailed; }, 5s);
+    for (const int fd : filler) {
+        ::close(fd);
+    }
+    ::setrlimit(RLIMIT_NOFILE, &original);
+    spinUntil([&] { return answered.load(); }, 15s);
+    client.join();
+    EXPECT_TRUE(lowerable);
+    EXPECT_TRUE(sawFailure);
+    ASSERT_TRUE(result.has_value());
+    EXPECT_EQ(result->received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, StartingTwiceKeepsServingOnOneListener) {
+    const auto server = startedServer(instantSource());
+    server->start();
+    EXPECT_TRUE(server->isListening());
+    EXPECT_FALSE(server->lastError().has_value());
+    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, ATakenPortLeavesTheServerQuietlyNotListeningUntilStartedAgain) {
+    auto blocker = std::make_unique<QTcpServer>();
+    ASSERT_TRUE(blocker->listen(QHostAddress::LocalHost, port));
+    WidgetLiveServer server(instantSource());
+    server.start();
+    EXPECT_FALSE(server.isListening());
+    EXPECT_EQ(server.lastError(), WidgetLiveServerError::addressInUse);
+
+    blocker.reset();
+    server.start();
+    EXPECT_TRUE(server.isListening());
+    EXPECT_FALSE(server.lastError().has_value());
+    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, StopClosesTheListenerButAnswersTheRequestInFlight) {
+    const auto server = startedServer(deferredSource());
+    std::optional<testing::RawExchange> inFlight;
+    std::thread client([&] { inFlight = exchange(port, getRequest); });
+    const bool asked = spinUntil([&] { return pending.size() == 1; });
+    server->stop();
+    EXPECT_FALSE(server->isListening());
+    EXPECT_EQ(testing::connectToLoopback(port), -1);
+    if (asked) {
+        pending.front()(sampleSnapshot());
+    }
+    spinUntil([&] { return server->openConnectionCount() == 0; });
+    client.join();
+    ASSERT_TRUE(asked);
+    EXPECT_EQ(inFlight->received, okResponse(sampleJson));
+}
+
+TEST_F(WidgetLiveServerTest, AReplyAfterTheClientOrTheServerHasGoneEndsQuietly) {
+    auto server = startedServer(deferredSource());
+    // The client gives up before the snapshot is ready; the late reply still ends its connection.
+    EXPECT_EQ(rawExchange(getRequest, 200ms).received, "");
+    ASSERT_EQ(pending.size(), 1u);
+    pending[0](sampleSnapshot());
+    EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
+
+    std::optional<testing::RawExchange> result;
+    std::thread client([&] { result = exchange(port, getRequest, 10s); });
+    const bool asked = spinUntil([&] { return pending.size() == 2; });
+    server.reset();
+    if (asked) {
+        pending[1](sampleSnapshot());
+    }
+    client.join();
+    ASSERT_TRUE(asked);
+    EXPECT_TRUE(result->closedByServer);
+    EXPECT_EQ(result->received, "");
+}
+
+} // namespace
+} // namespace gaugewell
