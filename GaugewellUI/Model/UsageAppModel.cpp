@@ -1,0 +1,224 @@
+#include "UsageAppModel.h"
+
+#include "AuthenticationGatedProvider.h"
+#include "BackgroundWork.h"
+#include "UsageNotificationController.h"
+#include "WidgetSnapshotBuilder.h"
+
+#include <algorithm>
+
+namespace gaugewell {
+
+namespace {
+
+using States = std::map<ProviderService, ProviderConnectionState>;
+
+std::vector<ProviderRegistration> registrations(const UsageAppModel::Dependencies& dependencies) {
+    std::vector<ProviderRegistration> result;
+    for (const auto service : allProviderServices) {
+        const auto& collector =
+            service == ProviderService::codex ? dependencies.codexCollector : dependencies.claudeCollector;
+        result.emplace_back(
+            *Uuid::parse(connectionID(service)),
+            std::make_shared<AuthenticationGatedProvider>(service, collector, dependencies.authentication));
+    }
+    return result;
+}
+
+} // namespace
+
+UsageAppModel::UsageAppModel(Dependencies dependencies, QObject* parent)
+    : QObject(parent)
+    , dependencies(std::move(dependencies))
+    , coordinator(std::make_shared<RefreshCoordinator>(
+          registrations(this->dependencies), this->dependencies.backoffPolicy, this->dependencies.now)) {
+    for (const auto service : allProviderServices) {
+        connectionStates.emplace(service, ProviderConnectionState{service, ProviderConnectionStatus::checking,
+                                                                  localized("Checking sign-in")});
+    }
+    tickTimer.setInterval(this->dependencies.tick);
+    QObject::connect(&tickTimer, &QTimer::timeout, this, [this] { refreshIfDue(); });
+}
+
+UsageAppModel::~UsageAppModel() {
+    // Widget clients still waiting get their 500 rather than nothing.
+    for (auto& reply : std::exchange(waitingSnapshots, {})) {
+        reply(std::nullopt);
+    }
+}
+
+ProviderConnectionState UsageAppModel::connectionState(ProviderService service) const {
+    const auto state = connectionStates.find(service);
+    if (state == connectionStates.end()) {
+        return {service, ProviderConnectionStatus::checking, localized("Checking sign-in")};
+    }
+    return state->second;
+}
+
+std::vector<ProviderMenuSnapshot> UsageAppModel::menuSnapshots() const {
+    std::vector<ProviderMenuSnapshot> snapshots;
+    for (const auto& provider : providers_) {
+        snapshots.push_back({provider.descriptor.id(), provider.descriptor.displayName(), provider.windows});
+    }
+    return snapshots;
+}
+
+std::chrono::seconds UsageAppModel::refreshInterval() const {
+    const double configured = dependencies.defaults->doubleValue(interactive ? "advanced.refreshActiveSeconds"
+                                                                             : "advanced.refreshIdleSeconds");
+    if (configured > 0) {
+        // Clamped to a day as well: a huge number must not overflow the comparison.
+        return std::chrono::seconds(static_cast<long long>(std::clamp(configured, 120.0, 86400.0 * 365)));
+    }
+    return std::chrono::seconds(interactive ? 120 : 600);
+}
+
+void UsageAppModel::start() {
+    if (didStart) {
+        return;
+    }
+    didStart = true;
+    auto permission = dependencies.notifications ? dependencies.notifications->refreshPermission()
+                                                 : QtFuture::makeReadyFuture();
+    permission.then(this, [this] {
+        refresh(RefreshTrigger::manual);
+        tickTimer.start();
+    });
+}
+
+QFuture<void> UsageAppModel::refreshIfDue() {
+    if (isRefreshing()) {
+        return QtFuture::makeReadyFuture();
+    }
+    if (!lastUpdatedAt_) {
+        return refresh(RefreshTrigger::scheduled);
+    }
+    if (dependencies.now() - *lastUpdatedAt_ >= refreshInterval()) {
+        return refresh(RefreshTrigger::scheduled);
+    }
+    return QtFuture::makeReadyFuture();
+}
+
+QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
+    if (refreshesRunning++ == 0) {
+        emit refreshingChanged();
+    }
+    const auto authentication = dependencies.authentication;
+    const auto coordinator = this->coordinator;
+    return runInBackground([authentication] {
+               States states;
+               for (const auto service : allProviderServices) {
+                   states.emplace(service, authentication->status(service));
+               }
+               return states;
+           })
+        .then(this,
+              [this, coordinator, trigger](States states) {
+                  connectionStates = std::move(states);
+                  emit connectionStatesChanged();
+                  return runInBackground([coordinator, trigger] {
+                      auto summary = coordinator->refresh(trigger);
+                      std::vector<ProviderStateAssembler::SkippedProvider> skipped;
+                      for (const auto& id : summary.skippedProviderIDs()) {
+                          skipped.push_back({id, coordinator->nextAutomaticRefreshDate(id)});
+                      }
+                      return CollectedRefresh{std::move(summary), std::move(skipped)};
+                  });
+              })
+        .unwrap()
+        .then(this,
+              [this](CollectedRefresh collected) {
+                  publish(collected);
+                  return dependencies.notifications ? dependencies.notifications->process(providers_)
+                                                    : QtFuture::makeReadyFuture();
+              })
+        .unwrap()
+        .then(this, [this] { finishRefresh(); });
+}
+
+void UsageAppModel::publish(const CollectedRefresh& collected) {
+    std::map<ProviderService, ProviderDescriptor> descriptors;
+    for (const auto& provider : providers_) {
+        descriptors.emplace(provider.service, provider.descriptor);
+    }
+    static const RelativeTimeFormatter relativeTime;
+    providers_ =
+        ProviderStateAssembler::assemble(collected.summary.outcomes(), collected.skipped, descriptors,
+                                         dependencies.now(), connectionStates, relativeTime);
+    historyPoints_ = ProviderStateAssembler::history(providers_);
+    lastUpdatedAt_ = collected.summary.startedAt();
+    emit providersChanged();
+}
+
+void UsageAppModel::finishRefresh() {
+    if (--refreshesRunning == 0) {
+        emit refreshingChanged();
+        const Date now = dependencies.now();
+        for (auto& reply : std::exchange(waitingSnapshots, {})) {
+            reply(WidgetSnapshotBuilder::build(providers_, connectionStates, lastUpdatedAt_, now));
+        }
+    }
+}
+
+void UsageAppModel::widgetSnapshot(SnapshotReply reply) {
+    waitingSnapshots.push_back(std::move(reply));
+    if (!isRefreshing()) {
+        refresh(RefreshTrigger::manual);
+    }
+}
+
+void UsageAppModel::setAuthenticationAction(std::optional<ProviderService> service) {
+    authenticationAction_ = service;
+    emit authenticationActionChanged();
+}
+
+void UsageAppModel::setConnectionState(const ProviderConnectionState& state) {
+    connectionStates.insert_or_assign(state.service, state);
+    emit connectionStatesChanged();
+}
+
+void UsageAppModel::rederive() {
+    providers_ = ProviderStateAssembler::rederive(providers_, connectionStates);
+    historyPoints_ = ProviderStateAssembler::history(providers_);
+    emit providersChanged();
+}
+
+QFuture<void> UsageAppModel::connectService(ProviderService service) {
+    if (authenticationAction_) {
+        return QtFuture::makeReadyFuture();
+    }
+    setAuthenticationAction(service);
+    setConnectionState(
+        {service, ProviderConnectionStatus::connecting, localized("Complete sign-in in your browser")});
+    const auto authentication = dependencies.authentication;
+    return runInBackground([authentication, service] { return authentication->login(service); })
+        .then(this,
+              [this](ProviderConnectionState state) {
+                  setConnectionState(state);
+                  setAuthenticationAction(std::nullopt);
+                  if (state.isAuthenticated()) {
+                      return refresh(RefreshTrigger::manual);
+                  }
+                  rederive();
+                  return QtFuture::makeReadyFuture();
+              })
+        .unwrap();
+}
+
+QFuture<void> UsageAppModel::disconnectService(ProviderService service) {
+    if (authenticationAction_) {
+        return QtFuture::makeReadyFuture();
+    }
+    setAuthenticationAction(service);
+    setConnectionState(
+        {service, ProviderConnectionStatus::disconnecting, localized("Disconnecting from Gaugewell")});
+    rederive();
+    const auto authentication = dependencies.authentication;
+    return runInBackground([authentication, service] { return authentication->disconnect(service); })
+        .then(this, [this](ProviderConnectionState state) {
+            setConnectionState(state);
+            setAuthenticationAction(std::nullopt);
+        });
+}
+
+} // namespace gaugewell

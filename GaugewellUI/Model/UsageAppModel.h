@@ -1,0 +1,107 @@
+#pragma once
+
+#include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
+#include "Platform/UserDefaults.h"
+#include "ProviderKit/ProviderAuthenticating.h"
+#include "ProviderStateAssembler.h"
+#include "ProviderViewState.h"
+#include "UsageCoordinator/RefreshCoordinator.h"
+#include "UsagePresentation/ProviderMenuSnapshot.h"
+
+#include <QFuture>
+#include <QObject>
+#include <QTimer>
+#include <chrono>
+#include <functional>
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace gaugewell {
+
+class UsageNotificationController;
+
+// The one object the interface reads: it refreshes (at start, on a 15-second tick against the
+// configured interval, on demand), signs in and out, and publishes one view state per service
+// and the daily token history. Lives on the main thread; blocking work runs on threads of its
+// own and continues here.
+class UsageAppModel : public QObject {
+    Q_OBJECT
+
+public:
+    struct Dependencies {
+        std::shared_ptr<ProviderAuthenticating> authentication;
+        std::shared_ptr<const GaugewellProvider> codexCollector;
+        std::shared_ptr<const GaugewellProvider> claudeCollector;
+        std::shared_ptr<UserDefaults> defaults;
+        UsageNotificationController* notifications = nullptr; // optional; not owned
+        std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
+        std::chrono::milliseconds tick{std::chrono::seconds(15)};
+        RefreshBackoffPolicy backoffPolicy{30, 1800};
+    };
+    using SnapshotReply = std::function<void(std::optional<WidgetUsageSnapshot>)>;
+
+    explicit UsageAppModel(Dependencies dependencies, QObject* parent = nullptr);
+    ~UsageAppModel() override;
+
+    const std::vector<ProviderViewState>& providers() const { return providers_; }
+    const std::vector<HistoryPoint>& historyPoints() const { return historyPoints_; }
+    // "Checking sign-in" until the first answer.
+    ProviderConnectionState connectionState(ProviderService service) const;
+    bool isRefreshing() const { return refreshesRunning > 0; }
+    std::optional<ProviderService> authenticationAction() const { return authenticationAction_; }
+    std::optional<Date> lastUpdatedAt() const { return lastUpdatedAt_; }
+    std::vector<ProviderMenuSnapshot> menuSnapshots() const;
+
+    // Whether the user is looking (popover or a window open): refreshes come more often then.
+    bool isInteractive() const { return interactive; }
+    void setInteractive(bool value) { interactive = value; }
+    // The automatic refresh interval now, from "advanced.refreshActiveSeconds" or
+    // "advanced.refreshIdleSeconds": never below 120 s.
+    std::chrono::seconds refreshInterval() const;
+
+    // Once: the notification permission, a manual refresh, then the tick.
+    void start();
+    QFuture<void> refresh(RefreshTrigger trigger);
+    QFuture<void> refreshIfDue();
+    // Sign-in and sign-out, one at a time; a second request while one runs is ignored.
+    QFuture<void> connectService(ProviderService service);
+    QFuture<void> disconnectService(ProviderService service);
+    // The widget feed's answer, after a manual refresh (or the one already running).
+    void widgetSnapshot(SnapshotReply reply);
+
+signals:
+    void providersChanged();
+    void connectionStatesChanged();
+    void refreshingChanged();
+    void authenticationActionChanged();
+
+private:
+    struct CollectedRefresh {
+        RefreshSummary summary;
+        std::vector<ProviderStateAssembler::SkippedProvider> skipped;
+    };
+
+    void publish(const CollectedRefresh& collected);
+    void finishRefresh();
+    void setAuthenticationAction(std::optional<ProviderService> service);
+    void setConnectionState(const ProviderConnectionState& state);
+    void rederive();
+
+    Dependencies dependencies;
+    std::shared_ptr<RefreshCoordinator> coordinator;
+    QTimer tickTimer;
+    bool didStart = false;
+    bool interactive = false;
+    int refreshesRunning = 0;
+    std::vector<SnapshotReply> waitingSnapshots;
+
+    std::vector<ProviderViewState> providers_;
+    std::vector<HistoryPoint> historyPoints_;
+    std::map<ProviderService, ProviderConnectionState> connectionStates;
+    std::optional<ProviderService> authenticationAction_;
+    std::optional<Date> lastUpdatedAt_;
+};
+
+} // namespace gaugewell

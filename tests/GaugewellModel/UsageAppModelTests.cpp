@@ -1,0 +1,260 @@
+#include "GaugewellUI/Model/UsageAppModel.h"
+#include "ManualClock.h"
+#include "Platform/InMemoryUserDefaults.h"
+#include "QtTestSupport.h"
+#include "RecordFixtures.h"
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <mutex>
+
+namespace gaugewell {
+namespace {
+
+using testing::ManualClock;
+using Status = ProviderConnectionStatus;
+
+class FakeAuthentication : public ProviderAuthenticating {
+public:
+    std::mutex mutex;
+    std::map<ProviderService, ProviderConnectionState> states{
+        {ProviderService::codex, {ProviderService::codex, Status::signedIn, "ChatGPT account"}},
+        {ProviderService::claude, {ProviderService::claude, Status::signedOut, "Claude sign-in required"}}};
+    std::map<ProviderService, int> logins;
+    bool holdLogins = false;
+    std::condition_variable released;
+
+    ProviderConnectionState status(ProviderService service) override {
+        const std::lock_guard lock(mutex);
+        return states.at(service);
+    }
+    ProviderConnectionState login(ProviderService service) override {
+        std::unique_lock lock(mutex);
+        ++logins[service];
+        released.wait_for(lock, std::chrono::seconds(10), [&] { return !holdLogins; });
+        states[service] = {service, Status::signedIn, "signed in"};
+        return states[service];
+    }
+    ProviderConnectionState disconnect(ProviderService service) override {
+        const std::lock_guard lock(mutex);
+        states[service] = {service, Status::signedOut, "Signed out"};
+        return states[service];
+    }
+    void cancelLogin() override {}
+    void release() {
+        const std::lock_guard lock(mutex);
+        holdLogins = false;
+        released.notify_all();
+    }
+};
+
+class ScriptedCollector : public GaugewellProvider {
+public:
+    explicit ScriptedCollector(std::string id, std::string name)
+        : descriptor_(std::move(id), std::move(name), std::nullopt) {}
+    const ProviderDescriptor& descriptor() const override { return descriptor_; }
+    ProviderProbeResult probe() const noexcept override {
+        return ProviderProbeResult(descriptor_, ProviderAvailability::available, {}, std::nullopt, {});
+    }
+    ProviderCollectionResult collect(const UsageCollectionRequest& request) const noexcept override {
+        ++collections;
+        std::vector<UsageWindowSample> windows;
+        if (!failing) {
+            windows.push_back(UsageWindowSample(
+                "w", request.connectionID(), "primary", std::nullopt, UsageWindowKind::fiveHour, std::nullopt,
+                request.observedAt(), std::nullopt, 18000, std::nullopt, std::nullopt, std::nullopt,
+                Decimal::parse("0.42"), std::nullopt, std::nullopt, std::nullopt, std::nullopt,
+                MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact,
+                MeasurementCoverage::account, MeasurementFreshness::live, testing::testSource(),
+                std::nullopt));
+        }
+        std::vector<ProviderDiagnostic> diagnostics;
+        if (failing) {
+            diagnostics.emplace_back(DiagnosticSeverity::error, "codex.rpc_error", "Refused.");
+        }
+        return ProviderCollectionResult(descriptor_, request.observedAt(), windows, {}, diagnostics);
+    }
+    std::atomic<bool> failing{false};
+    mutable std::atomic<int> collections{0};
+
+private:
+    ProviderDescriptor descriptor_;
+};
+
+class UsageAppModelTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        testing::coreApplication();
+        ::setenv("LANG", "en_US.UTF-8", 1);
+    }
+
+    UsageAppModel& model() {
+        if (!instance) {
+            instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
+                authentication, codex, claude, defaults, nullptr, [this] { return clock.now(); }});
+        }
+        return *instance;
+    }
+    void refresh(RefreshTrigger trigger) { ASSERT_TRUE(testing::waitForFuture(model().refresh(trigger))); }
+    const ProviderViewState& state(ProviderService service) {
+        for (const auto& provider : model().providers()) {
+            if (provider.service == service) {
+                return provider;
+            }
+        }
+        throw std::runtime_error("no view state for the service");
+    }
+
+    std::shared_ptr<FakeAuthentication> authentication = std::make_shared<FakeAuthentication>();
+    std::shared_ptr<ScriptedCollector> codex =
+        std::make_shared<ScriptedCollector>("app.gaugewell.codex.subscription", "Codex");
+    std::shared_ptr<ScriptedCollector> claude =
+        std::make_shared<ScriptedCollector>("app.gaugewell.claude.subscription", "Claude");
+    std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
+    ManualClock clock;
+    std::unique_ptr<UsageAppModel> instance;
+};
+
+TEST_F(UsageAppModelTest, RefreshIntervalsNeverGoBelowTwoMinutes) {
+    model().setInteractive(true);
+    EXPECT_EQ(model().refreshInterval(), std::chrono::seconds(120));
+    for (const auto& [stored, expected] :
+         std::vector<std::pair<double, int>>{{30, 120}, {300, 300}, {-5, 120}}) {
+        defaults->set("advanced.refreshActiveSeconds", stored);
+        EXPECT_EQ(model().refreshInterval(), std::chrono::seconds(expected)) << stored;
+    }
+    model().setInteractive(false);
+    EXPECT_EQ(model().refreshInterval(), std::chrono::seconds(600));
+    defaults->set("advanced.refreshIdleSeconds", 900.0);
+    EXPECT_EQ(model().refreshInterval(), std::chrono::seconds(900));
+}
+
+TEST_F(UsageAppModelTest, SignedInCollectionIsAvailableWithLimitationsAndSignedOutNeedsSignIn) {
+    refresh(RefreshTrigger::manual);
+    ASSERT_EQ(model().providers().size(), 2u);
+    EXPECT_EQ(model().providers()[0].service, ProviderService::codex);
+    EXPECT_EQ(state(ProviderService::codex).availability, ProviderAvailability::availableWithLimitations);
+    EXPECT_EQ(state(ProviderService::codex).capabilities,
+              (ProviderCapabilities{ProviderCapabilities::currentWindows, ProviderCapabilities::resetTimes}));
+    const auto& signedOut = state(ProviderService::claude);
+    EXPECT_EQ(signedOut.availability, ProviderAvailability::authenticationRequired);
+    ASSERT_EQ(signedOut.diagnostics.size(), 1u);
+    EXPECT_EQ(signedOut.diagnostics[0],
+              ProviderDiagnostic(DiagnosticSeverity::warning, "claude.authentication_required",
+                                 "Claude sign-in required"));
+    EXPECT_EQ(claude->collections, 0); // gated: the collector is never asked
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::signedOut);
+    EXPECT_EQ(model().lastUpdatedAt(), clock.now());
+    EXPECT_FALSE(model().isRefreshing());
+
+    // Signed out is a warning, never a failure: a scheduled refresh is not held back for it.
+    clock.advance(1);
+    refresh(RefreshTrigger::scheduled);
+    EXPECT_EQ(state(ProviderService::claude).availability, ProviderAvailability::authenticationRequired);
+    EXPECT_EQ(state(ProviderService::claude).diagnostics[0].code(), "claude.authentication_required");
+}
+
+TEST_F(UsageAppModelTest, ProviderInBackoffShowsTheRetryTimeAndNoOldWindows) {
+    refresh(RefreshTrigger::manual);
+    ASSERT_EQ(state(ProviderService::codex).windows.size(), 1u);
+    codex->failing = true;
+    for (int failure = 0; failure < 3; ++failure) { // 30, 60, then 120 s of backoff
+        refresh(RefreshTrigger::manual);
+    }
+    refresh(RefreshTrigger::scheduled);
+    const auto& held = state(ProviderService::codex);
+    EXPECT_EQ(held.availability, ProviderAvailability::temporarilyUnavailable);
+    EXPECT_TRUE(held.windows.empty());
+    ASSERT_EQ(held.diagnostics.size(), 1u);
+    EXPECT_EQ(held.diagnostics[0].code(), "codex.refresh_backoff");
+    EXPECT_EQ(held.diagnostics[0].message(), "The last refresh failed. Retrying in 2 min. — or refresh now.");
+    EXPECT_EQ(codex->collections, 4);
+}
+
+TEST_F(UsageAppModelTest, RefreshIfDueWaitsForTheInterval) {
+    refresh(RefreshTrigger::manual);
+    EXPECT_EQ(codex->collections, 1);
+    clock.advance(599);
+    ASSERT_TRUE(testing::waitForFuture(model().refreshIfDue()));
+    EXPECT_EQ(codex->collections, 1);
+    clock.advance(1);
+    ASSERT_TRUE(testing::waitForFuture(model().refreshIfDue()));
+    EXPECT_EQ(codex->collections, 2);
+}
+
+TEST_F(UsageAppModelTest, OneSignInAtATime) {
+    authentication->holdLogins = true;
+    auto claudeSignIn = model().connectService(ProviderService::claude);
+    EXPECT_EQ(model().authenticationAction(), ProviderService::claude);
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::connecting);
+    auto codexSignIn = model().connectService(ProviderService::codex);
+    EXPECT_TRUE(codexSignIn.isFinished());
+    authentication->release();
+    ASSERT_TRUE(testing::waitForFuture(claudeSignIn));
+    EXPECT_EQ(authentication->logins[ProviderService::codex], 0);
+    EXPECT_FALSE(model().authenticationAction().has_value());
+    // A completed sign-in refreshes at once.
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::signedIn);
+    EXPECT_EQ(claude->collections, 1);
+}
+
+TEST_F(UsageAppModelTest, SignOutShowsTheSignInPromptUntilTheNextRefresh) {
+    refresh(RefreshTrigger::manual);
+    ASSERT_TRUE(testing::waitForFuture(model().disconnectService(ProviderService::codex)));
+    EXPECT_EQ(model().connectionState(ProviderService::codex).status, Status::signedOut);
+    const auto& codexState = state(ProviderService::codex);
+    EXPECT_EQ(codexState.availability, ProviderAvailability::authenticationRequired);
+    EXPECT_TRUE(codexState.windows.empty());
+    EXPECT_EQ(codexState.diagnostics[0].message(), "Sign in to access this account's usage.");
+}
+
+TEST_F(UsageAppModelTest, WidgetSnapshotFollowsAManualRefresh) {
+    std::optional<WidgetUsageSnapshot> answer;
+    bool answered = false;
+    model().widgetSnapshot([&](std::optional<WidgetUsageSnapshot> snapshot) {
+        answer = std::move(snapshot);
+        answered = true;
+    });
+    for (int spins = 0; !answered && spins < 1000; ++spins) {
+        testing::waitForSignal(&model(), &UsageAppModel::refreshingChanged, 100);
+    }
+    ASSERT_TRUE(answered);
+    ASSERT_TRUE(answer.has_value());
+    EXPECT_EQ(codex->collections, 1);
+}
+
+TEST(ProviderStateAssembler, HistorySumsPerLocalDayAndSkipsDaysWithoutTotals) {
+    ::setenv("TZ", "Europe/Berlin", 1);
+    ::tzset();
+    const auto bucket = [](double start, std::optional<std::int64_t> total) {
+        return TokenUsageBucket("b", testing::fixedConnectionID(), dateFromUnixSeconds(start),
+                                dateFromUnixSeconds(start + 3600), "gregorian", "UTC", std::nullopt,
+                                std::nullopt, std::nullopt, std::nullopt, std::nullopt, total,
+                                MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact,
+                                MeasurementCoverage::device, testing::testSource(), std::nullopt);
+    };
+    // 2026-11-20 23:30 UTC is already the 21st in Berlin.
+    const double lateOn20thUtc = 1'795'649'400;
+    ProviderViewState claude{ProviderService::claude,
+                             ProviderDescriptor("app.gaugewell.claude.subscription", "Claude", std::nullopt),
+                             ProviderAvailability::availableWithLimitations,
+                             {},
+                             {},
+                             {bucket(lateOn20thUtc, 100), bucket(lateOn20thUtc + 7200, 250),
+                              bucket(lateOn20thUtc + 3600, std::nullopt),
+                              bucket(lateOn20thUtc + 86400, std::nullopt)},
+                             {}};
+    const auto points = ProviderStateAssembler::history({claude});
+    ASSERT_EQ(points.size(), 1u);
+    EXPECT_EQ(points[0].tokens, 350);
+    EXPECT_EQ(points[0].providerName, "Claude");
+    EXPECT_EQ(points[0].date, dateFromUnixSeconds(1'795'647'600)); // 2026-11-21 00:00 in Berlin
+    EXPECT_EQ(points[0].id, "app.gaugewell.claude.subscription:1795647600");
+    ::unsetenv("TZ");
+    ::tzset();
+}
+
+} // namespace
+} // namespace gaugewell
