@@ -51,6 +51,10 @@ std::string CommandLine::usage() {
            "  accounts [--json]               show whether each service is connected\n"
            "  connect codex|claude            sign in through the browser and allow usage access\n"
            "  disconnect codex|claude         sign out and remove Gaugewell's access\n"
+           "  status [--json]                 refresh both services once and show their usage\n"
+           "  daemon                          run without a tray: refresh, notify, serve the widget feed\n"
+           "  widget [--format json|text|waybar]  read a running Gaugewell's widget feed\n"
+           "  report PATH                     write a sanitised diagnostics report\n"
            "\n"
            "Options:\n"
            "  --json      print the records as JSON\n"
@@ -83,6 +87,18 @@ int CommandLine::run(const std::vector<std::string>& arguments, std::ostream& ou
     }
     if (arguments[0] == "disconnect") {
         return disconnect(arguments, out, err);
+    }
+    if (arguments[0] == "status") {
+        return status(arguments, out, err);
+    }
+    if (arguments[0] == "report") {
+        return report(arguments, out, err);
+    }
+    if (arguments[0] == "daemon") {
+        return daemon(arguments, out, err);
+    }
+    if (arguments[0] == "widget") {
+        return widget(arguments, out, err);
     }
     err << "gaugewell: unknown command '" << arguments[0] << "'\n\n" << usage();
     return usageError;

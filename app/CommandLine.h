@@ -1,5 +1,8 @@
 #pragma once
 
+#include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellWidgetSupport/WidgetUsageLoader.h"
+#include "Platform/UserDefaults.h"
 #include "ProviderKit/GaugewellProvider.h"
 #include "ProviderKit/ProviderAuthenticationManager.h"
 #include "UsageDomain/Date.h"
@@ -22,6 +25,11 @@ public:
         std::function<std::shared_ptr<const GaugewellProvider>(std::string_view service)> makeProvider;
         std::function<std::shared_ptr<ProviderAuthenticationManager>()> authentication;
         std::function<Date()> now;
+        std::function<std::shared_ptr<UserDefaults>()> defaults;
+        // A model over the real (or, in tests, fake) services; notifications are optional.
+        std::function<std::unique_ptr<UsageAppModel>(UsageNotificationController*)> makeModel;
+        // One read of a running Gaugewell's widget feed.
+        std::function<WidgetFetchResult()> fetchWidget;
     };
 
     static constexpr int success = 0;
@@ -41,6 +49,10 @@ private:
     int accounts(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
     int connect(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
     int disconnect(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int status(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int report(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int daemon(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int widget(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
 
     Dependencies dependencies;
 };

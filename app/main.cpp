@@ -47,6 +47,14 @@ int main(int argc, char** argv) {
         },
         [&] { return ensureServices().authentication; },
         [] { return std::chrono::system_clock::now(); },
+        [&] { return ensureServices().defaults; },
+        [&](gaugewell::UsageNotificationController* notifications) {
+            auto& services = ensureServices();
+            return std::make_unique<gaugewell::UsageAppModel>(gaugewell::UsageAppModel::Dependencies{
+                services.authentication, services.codexCollector, services.claudeCollector, services.defaults,
+                notifications});
+        },
+        [] { return gaugewell::WidgetUsageLoader::live().fetch(); },
     });
     return commandLine.run(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
 }

@@ -1,0 +1,289 @@
+#include "CommandLine.h"
+#include "GaugewellUI/Model/DBusNotificationBackend.h"
+#include "GaugewellUI/Model/DiagnosticsReport.h"
+#include "GaugewellUI/Model/SanitizedProviderDiagnostics.h"
+#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Model/WidgetLiveServer.h"
+#include "GaugewellUI/Model/WidgetSnapshotBuilder.h"
+#include "UsagePresentation/MenuBarConfiguration.h"
+#include "UsagePresentation/MenuBarProjection.h"
+#include "UsagePresentation/RelativeTimeFormatter.h"
+#include "UsagePresentation/ResetTimeFormatter.h"
+#include "UsagePresentation/UsagePercentage.h"
+#include "UsagePresentation/WindowDisplayName.h"
+#include "WidgetOutput.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QFutureWatcher>
+#include <QSocketNotifier>
+#include <QTimer>
+#include <csignal>
+#include <fcntl.h>
+#include <ostream>
+#include <unistd.h>
+
+namespace gaugewell {
+
+namespace {
+
+QCoreApplication& application() {
+    if (QCoreApplication::instance() == nullptr) {
+        static int argc = 1;
+        static char name[] = "gaugewell";
+        static char* argv[] = {name, nullptr};
+        new QCoreApplication(argc, argv); // lives as long as the process
+    }
+    return *QCoreApplication::instance();
+}
+
+// Runs the event loop until the future is done; a refresh is bounded by its collectors' own deadlines.
+bool waitFor(const QFuture<void>& future, std::chrono::milliseconds limit = std::chrono::minutes(2)) {
+    if (future.isFinished()) {
+        return true;
+    }
+    QFutureWatcher<void> watcher;
+    QEventLoop loop;
+    QTimer deadline;
+    deadline.setSingleShot(true);
+    QObject::connect(&watcher, &QFutureWatcherBase::finished, &loop, &QEventLoop::quit);
+    QObject::connect(&deadline, &QTimer::timeout, &loop, &QEventLoop::quit);
+    watcher.setFuture(future);
+    deadline.start(static_cast<int>(limit.count()));
+    if (!future.isFinished()) {
+        loop.exec();
+    }
+    return future.isFinished();
+}
+
+bool parseFlags(const std::vector<std::string>& arguments, std::initializer_list<const char*> allowed,
+                std::map<std::string, bool>& flags) {
+    for (std::size_t index = 1; index < arguments.size(); ++index) {
+        bool known = false;
+        for (const char* flag : allowed) {
+            known = known || arguments[index] == flag;
+        }
+        if (!known) {
+            return false;
+        }
+        flags[arguments[index]] = true;
+    }
+    return true;
+}
+
+// SIGINT and SIGTERM end the event loop from the loop itself, so that everything shuts down in order.
+class QuitOnSignals {
+public:
+    QuitOnSignals() {
+        if (::pipe2(fds, O_CLOEXEC | O_NONBLOCK) != 0) {
+            return;
+        }
+        writeEnd = fds[1];
+        struct sigaction action {};
+        action.sa_handler = [](int) {
+            const char byte = 1;
+            [[maybe_unused]] const auto written = ::write(writeEnd, &byte, 1);
+        };
+        sigemptyset(&action.sa_mask);
+        action.sa_flags = SA_RESTART;
+        ::sigaction(SIGINT, &action, &previousInterrupt);
+        ::sigaction(SIGTERM, &action, &previousTerminate);
+        notifier = std::make_unique<QSocketNotifier>(fds[0], QSocketNotifier::Read);
+        QObject::connect(notifier.get(), &QSocketNotifier::activated, [] { QCoreApplication::quit(); });
+    }
+    ~QuitOnSignals() {
+        if (notifier) {
+            ::sigaction(SIGINT, &previousInterrupt, nullptr);
+            ::sigaction(SIGTERM, &previousTerminate, nullptr);
+            notifier.reset();
+            ::close(fds[0]);
+            ::close(fds[1]);
+            writeEnd = -1;
+        }
+    }
+
+private:
+    static inline int writeEnd = -1;
+    int fds[2] = {-1, -1};
+    struct sigaction previousInterrupt {};
+    struct sigaction previousTerminate {};
+    std::unique_ptr<QSocketNotifier> notifier;
+};
+
+} // namespace
+
+int CommandLine::status(const std::vector<std::string>& arguments, std::ostream& out,
+                        std::ostream& err) const {
+    std::map<std::string, bool> flags;
+    if (!parseFlags(arguments, {"--json", "--help", "-h"}, flags)) {
+        err << "Usage: gaugewell status [--json]\n";
+        return usageError;
+    }
+    if (flags["--help"] || flags["-h"]) {
+        out << "Usage: gaugewell status [--json]\n  Refreshes both services once and shows their usage.\n";
+        return success;
+    }
+    application();
+    const auto model = dependencies.makeModel(nullptr);
+    if (!waitFor(model->refresh(RefreshTrigger::manual))) {
+        err << "gaugewell: the refresh did not finish in time\n";
+        return failure;
+    }
+    const Date now = dependencies.now();
+    if (flags["--json"]) {
+        std::map<ProviderService, ProviderConnectionState> states;
+        for (const auto service : allProviderServices) {
+            states.emplace(service, model->connectionState(service));
+        }
+        out << WidgetSnapshotBuilder::build(model->providers(), states, model->lastUpdatedAt(), now).json()
+            << '\n';
+        return success;
+    }
+
+    const IcuResetTimeFormatter resetTime;
+    const RelativeTimeFormatter relativeTime;
+    const auto projection = MenuBarProjection::project(
+        model->menuSnapshots(), MenuBarConfiguration::fromDefaults(*dependencies.defaults()), resetTime);
+    // The tray shows each provider's mark beside its text; a terminal gets the name instead.
+    std::string menuText;
+    for (const auto& entry : projection.entries) {
+        const bool named = entry.text.rfind(entry.displayName, 0) == 0;
+        menuText += (menuText.empty() ? "" : "  ") +
+                    (named ? entry.text : entry.displayName + (entry.text.empty() ? "" : " " + entry.text));
+    }
+    out << "Menu bar: " << (menuText.empty() ? projection.accessibilityLabel : menuText) << "\n";
+    for (const auto& provider : model->providers()) {
+        const auto connection = model->connectionState(provider.service);
+        out << '\n' << provider.descriptor.displayName() << ": " << rawValue(provider.availability);
+        if (connection.detail) {
+            out << " (" << *connection.detail << ")";
+        }
+        out << '\n';
+        for (const auto& window : provider.currentWindows()) {
+            out << "  " << windowDisplayName(window) << ": ";
+            if (window.usedFraction()) {
+                out << percentageText(
+                           displayedPercentage(*window.usedFraction(), PercentageDisplayMode::consumed)
+                               .value_or(0))
+                    << " used";
+            } else {
+                out << "usage unknown";
+            }
+            if (window.resetAt()) {
+                out << ", resets " << resetTime.format(*window.resetAt()) << " ("
+                    << relativeTime.format(*window.resetAt(), now) << ")";
+            }
+            out << '\n';
+        }
+        for (const auto& diagnostic : provider.diagnostics) {
+            out << "  " << rawValue(diagnostic.severity()) << ' ' << diagnostic.code() << ": "
+                << diagnostic.message() << '\n';
+        }
+    }
+    return success;
+}
+
+int CommandLine::report(const std::vector<std::string>& arguments, std::ostream& out,
+                        std::ostream& err) const {
+    if (arguments.size() == 2 && (arguments[1] == "--help" || arguments[1] == "-h")) {
+        out << "Usage: gaugewell report PATH\n  Writes a sanitised diagnostics report (no usage, no account "
+               "data).\n";
+        return success;
+    }
+    if (arguments.size() != 2 || arguments[1].starts_with("-")) {
+        err << "Usage: gaugewell report PATH\n";
+        return usageError;
+    }
+    application();
+    const auto model = dependencies.makeModel(nullptr);
+    if (!waitFor(model->refresh(RefreshTrigger::manual))) {
+        err << "gaugewell: the refresh did not finish in time\n";
+        return failure;
+    }
+    std::vector<SanitizedProviderDiagnostics> providers;
+    for (const auto& provider : model->providers()) {
+        providers.push_back(
+            SanitizedProviderDiagnostics::from(provider, model->connectionState(provider.service).status));
+    }
+    const auto text =
+        diagnosticsReport(providers, dependencies.now(), DiagnosticsReportEnvironment::current());
+    if (const auto error = writeDiagnosticsReport(arguments[1], text)) {
+        err << "gaugewell: " << diagnosticsReportWriteErrorText(*error) << '\n';
+        return failure;
+    }
+    out << "Diagnostics report written to " << arguments[1] << '\n';
+    return success;
+}
+
+int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream& out,
+                        std::ostream& err) const {
+    if (arguments.size() == 2 && (arguments[1] == "--help" || arguments[1] == "-h")) {
+        out << "Usage: gaugewell daemon\n  Runs without a tray: refreshes, notifies and serves the widget "
+               "feed "
+               "until stopped.\n";
+        return success;
+    }
+    if (arguments.size() != 1) {
+        err << "Usage: gaugewell daemon\n";
+        return usageError;
+    }
+    auto& app = application();
+    UsageNotificationController notifications(std::make_shared<DBusNotificationBackend>(),
+                                              dependencies.defaults());
+    const auto model = dependencies.makeModel(&notifications);
+    WidgetLiveServer server(
+        [&model](WidgetLiveServer::SnapshotReply reply) { model->widgetSnapshot(std::move(reply)); });
+    const QuitOnSignals quitOnSignals;
+    model->start();
+    server.start();
+    if (server.isListening()) {
+        out << "Gaugewell is running; widget feed at http://127.0.0.1:" << server.port()
+            << "/widget/v1. Ctrl-C stops it.\n"
+            << std::flush;
+    } else {
+        err << "gaugewell: the widget feed is off: "
+            << widgetLiveServerErrorText(server.lastError().value_or(WidgetLiveServerError::listenFailed))
+            << '\n'
+            << std::flush;
+    }
+    app.exec();
+    server.stop();
+    return success;
+}
+
+int CommandLine::widget(const std::vector<std::string>& arguments, std::ostream& out,
+                        std::ostream& err) const {
+    std::optional<WidgetOutputFormat> format = WidgetOutputFormat::text;
+    for (std::size_t index = 1; index < arguments.size(); ++index) {
+        if (arguments[index] == "--help" || arguments[index] == "-h") {
+            out << "Usage: gaugewell widget [--format json|text|waybar]\n"
+                   "  Reads the running Gaugewell's widget feed (gaugewell daemon or the tray app).\n";
+            return success;
+        }
+        if (arguments[index] == "--format" && index + 1 < arguments.size()) {
+            format = widgetOutputFormat(arguments[++index]);
+        } else if (arguments[index].starts_with("--format=")) {
+            format = widgetOutputFormat(arguments[index].substr(9));
+        } else {
+            format.reset();
+        }
+        if (!format) {
+            err << "Usage: gaugewell widget [--format json|text|waybar]\n";
+            return usageError;
+        }
+    }
+    const auto result = dependencies.fetchWidget();
+    if (!result) {
+        const std::string problem(widgetFetchErrorText(result.error()));
+        if (*format == WidgetOutputFormat::waybar) {
+            out << waybarUnavailableLine(problem) << '\n'; // a status bar still gets one valid line
+        } else {
+            err << "gaugewell: " << problem << '\n';
+        }
+        return failure;
+    }
+    out << widgetOutput(*result, *format, dependencies.now()) << '\n';
+    return success;
+}
+
+} // namespace gaugewell
