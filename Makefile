@@ -16,9 +16,9 @@ build/%/build.ninja: CMakeLists.txt CMakePresets.json
 build: setup build/debug/build.ninja
 	cmake --build --preset debug -j $(JOBS)
 
+# Until the tray app exists, `make run` shows the current usage once (ARGS="..." runs any subcommand).
 run: build
-	@if [[ -x build/debug/app/gaugewell ]]; then build/debug/app/gaugewell $(ARGS); \
-	else echo "The gaugewell executable is not built yet; the libraries and tests are: make test"; fi
+	@build/debug/app/gaugewell $(or $(ARGS),status)
 
 test: build
 	$(SESSION) ctest --preset debug -j $(JOBS)
