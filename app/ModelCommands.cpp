@@ -21,6 +21,7 @@
 #include <csignal>
 #include <fcntl.h>
 #include <ostream>
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace gaugewell {
@@ -226,6 +227,13 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
     if (arguments.size() != 1) {
         err << "Usage: gaugewell daemon\n";
         return usageError;
+    }
+    // Desktop sessions often start us with a soft limit of 1024 descriptors; a burst on the widget
+    // feed may hold several hundred while it is served in turn.
+    rlimit files{};
+    if (::getrlimit(RLIMIT_NOFILE, &files) == 0 && files.rlim_cur < std::min<rlim_t>(files.rlim_max, 4096)) {
+        files.rlim_cur = std::min<rlim_t>(files.rlim_max, 4096);
+        ::setrlimit(RLIMIT_NOFILE, &files);
     }
     auto& app = application();
     UsageNotificationController notifications(std::make_shared<DBusNotificationBackend>(),

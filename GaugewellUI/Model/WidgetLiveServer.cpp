@@ -23,8 +23,8 @@ constexpr std::string_view requestPrefix = "GET /widget/v1 ";
 constexpr std::size_t maximumReceive = 4096;
 // A listener that ran out of descriptors stops accepting; this is when it tries again.
 constexpr std::chrono::milliseconds acceptRetryDelay{250};
-// Bursts beyond the connection cap wait in the kernel until they are accepted and closed; with a short
-// backlog the kernel drops handshakes instead and leaves clients with connections nobody will close.
+// Bursts beyond the connection cap wait in the kernel until a slot frees; with a short backlog the
+// kernel would drop handshakes instead and leave clients with connections nobody answers.
 constexpr int listenBacklog = 1024;
 
 // Hands accepted descriptors over as they are, without a QTcpSocket: that one reads ahead, takes a
@@ -175,6 +175,10 @@ WidgetLiveServer::~WidgetLiveServer() {
         delete connection;
     }
     connections.clear();
+    for (const int descriptor : waiting) {
+        ::close(descriptor);
+    }
+    waiting.clear();
     delete listener;
 }
 
@@ -216,14 +220,39 @@ void WidgetLiveServer::stop() {
 
 void WidgetLiveServer::accept(int descriptor) {
     const int flags = ::fcntl(descriptor, F_GETFL);
-    if (connections.size() >= options.maximumConnections || flags < 0 ||
-        ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) != 0) {
+    if (flags < 0 || ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) != 0) {
         ::close(descriptor);
         return;
     }
+    if (connections.size() >= options.maximumConnections) {
+        // Qt drains the whole backlog in one go, pause or not: the excess waits here, bounded.
+        if (waiting.size() >= options.maximumWaiting) {
+            ::close(descriptor);
+        } else {
+            waiting.push_back(descriptor);
+        }
+        if (listener != nullptr) {
+            listener->pauseAccepting(); // the rest stays in the kernel's backlog
+        }
+        return;
+    }
+    serve(descriptor);
+}
+
+void WidgetLiveServer::serve(int descriptor) {
     auto* connection = new Connection(descriptor, options.idleTimeout, this);
     connections.insert(connection);
-    connect(connection, &QObject::destroyed, this, [this, connection] { connections.erase(connection); });
+    connect(connection, &QObject::destroyed, this, [this, connection] {
+        connections.erase(connection);
+        while (connections.size() < options.maximumConnections && !waiting.empty()) {
+            const int next = waiting.front();
+            waiting.pop_front();
+            serve(next);
+        }
+        if (listener != nullptr && connections.size() < options.maximumConnections && waiting.empty()) {
+            listener->resumeAccepting();
+        }
+    });
 }
 
 void WidgetLiveServer::receive(Connection* connection, std::string_view firstChunk) {

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
@@ -42,10 +43,12 @@ struct WidgetLiveServerOptions {
     // whose collections have their own deadlines, and the connection keeps its slot until then even if
     // the client has gone (nothing after the first chunk is read, so nothing notices).
     std::chrono::milliseconds idleTimeout{5000};
-    // Connections beyond this many open ones are closed as soon as they are accepted. The listen backlog
-    // is larger (1024), so a burst is accepted and closed rather than left half-open by the kernel; an
-    // accept that fails for want of descriptors is retried after a moment instead of ending the feed.
+    // At most this many connections are served at once; a burst beyond it waits, accepted but untouched,
+    // and then in the listen backlog (1024, accepting paused), and is served in turn. An accept that
+    // fails for want of descriptors is retried after a moment instead of ending the feed.
     std::size_t maximumConnections = 64;
+    // Accepted clients that wait for a slot; beyond these, a client is closed at once.
+    std::size_t maximumWaiting = 512;
 
     // The defaults, with the port from GAUGEWELL_WIDGET_PORT when that holds a valid port number.
     static WidgetLiveServerOptions fromEnvironment();
@@ -84,6 +87,7 @@ private:
     class Connection;
 
     void accept(int descriptor);
+    void serve(int descriptor);
     void receive(Connection* connection, std::string_view firstChunk);
 
     SnapshotSource source;
@@ -91,6 +95,7 @@ private:
     QPointer<QTcpServer> listener;
     std::optional<WidgetLiveServerError> lastError_;
     std::unordered_set<Connection*> connections;
+    std::deque<int> waiting; // accepted beyond the cap, served in turn
 };
 
 } // namespace gaugewell

@@ -68,6 +68,9 @@ protected:
             },
             [this] { return manager; },
             [this] { return now; },
+            [this] { return defaults; },
+            nullptr,
+            nullptr,
         });
         return commandLine.run(arguments, out, err);
     }
