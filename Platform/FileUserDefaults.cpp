@@ -1,5 +1,6 @@
 #include "FileUserDefaults.h"
 
+#include "AtomicFile.h"
 #include "UsageDomain/JsonValue.h"
 
 #include <cerrno>
@@ -202,32 +203,7 @@ bool FileUserDefaults::write(const Values& updated) const {
     }
     const std::string text = JsonValue(std::move(members)).serialized() + "\n";
 
-    auto temporary = file;
-    temporary += ".tmp-" + std::to_string(::getpid());
-    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600);
-    if (fd < 0) {
-        return false;
-    }
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            ::close(fd);
-            ::unlink(temporary.c_str());
-            return false;
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    const bool synced = ::fsync(fd) == 0;
-    ::close(fd);
-    if (!synced || ::rename(temporary.c_str(), file.c_str()) != 0) {
-        ::unlink(temporary.c_str());
-        return false;
-    }
-    return true;
+    return !replaceFileAtomically(file, text, 0600).has_value();
 }
 
 } // namespace gaugewell

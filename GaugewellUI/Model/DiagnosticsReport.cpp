@@ -1,5 +1,6 @@
 #include "DiagnosticsReport.h"
 
+#include "Platform/AtomicFile.h"
 #include "ProviderKit/SafeFileReader.h"
 #include "UsageDomain/Uuid.h"
 
@@ -18,7 +19,6 @@ namespace gaugewell {
 namespace {
 
 constexpr std::int64_t maximumOsReleaseBytes = 64 * 1024;
-constexpr int temporaryNameAttempts = 8;
 
 DiagnosticsReportWriteError writeError(int error) {
     switch (error) {
@@ -150,55 +150,11 @@ std::optional<DiagnosticsReportWriteError> writeDiagnosticsReport(const std::fil
     if (destination.filename().empty()) {
         return DiagnosticsReportWriteError::destinationIsFolder;
     }
-    const auto folder =
-        destination.parent_path().empty() ? std::filesystem::path(".") : destination.parent_path();
-    std::filesystem::path temporary;
-    int fd = -1;
-    for (int attempt = 0; attempt < temporaryNameAttempts && fd < 0; ++attempt) {
-        temporary = folder / ("." + destination.filename().string() + "." + Uuid::random().text() + ".tmp");
-        // 0666 less the umask: the report is the user's document, not a secret.
-        fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, 0666);
-        if (fd < 0 && errno != EEXIST) {
-            return writeError(errno);
-        }
-    }
-    if (fd < 0) {
-        return DiagnosticsReportWriteError::writeFailed;
-    }
-    const auto fail = [&](int error) {
-        ::close(fd);
-        ::unlink(temporary.c_str());
-        return std::optional(writeError(error));
-    };
-    std::size_t written = 0;
-    while (written < text.size()) {
-        const ssize_t count = ::write(fd, text.data() + written, text.size() - written);
-        if (count < 0 && errno == EINTR) {
-            continue;
-        }
-        if (count <= 0) {
-            return fail(count < 0 ? errno : EIO);
-        }
-        written += static_cast<std::size_t>(count);
-    }
-    if (::fsync(fd) != 0) {
-        return fail(errno);
-    }
-    if (::close(fd) != 0) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        return writeError(error);
-    }
-    if (::rename(temporary.c_str(), destination.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        return writeError(error);
-    }
-    // Make the rename itself durable; a failure here no longer loses the report.
-    const int folderFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folderFd >= 0) {
-        ::fsync(folderFd);
-        ::close(folderFd);
+    // 0666 less the umask: the report is the user's document, not a secret.
+    const mode_t umask = ::umask(0);
+    ::umask(umask);
+    if (const auto error = replaceFileAtomically(destination, text, 0666 & ~umask)) {
+        return writeError(*error);
     }
     return std::nullopt;
 }

@@ -1,5 +1,7 @@
 #include "WidgetSnapshotBuilder.h"
 
+#include "UsagePresentation/WindowDisplayName.h"
+
 #include <algorithm>
 #include <string>
 
@@ -62,18 +64,7 @@ providerUsage(ProviderService service, const std::vector<ProviderViewState>& pro
 } // namespace
 
 std::string_view defaultWindowName(UsageWindowKind kind) {
-    switch (kind) {
-    case UsageWindowKind::fiveHour:
-        return "Five-hour";
-    case UsageWindowKind::sevenDay:
-        return "Weekly";
-    case UsageWindowKind::modelSpecific:
-        return "Model";
-    case UsageWindowKind::custom:
-    case UsageWindowKind::unknown:
-        break;
-    }
-    return "Usage";
+    return windowKindDisplayName(kind);
 }
 
 std::optional<WidgetWindow> widgetWindow(const UsageWindowSample& sample) {
