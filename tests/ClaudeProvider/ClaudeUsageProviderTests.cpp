@@ -5,7 +5,6 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <mutex>
-#include <ostream>
 
 namespace gaugewell {
 namespace {
@@ -67,15 +66,6 @@ void expectSingleError(const ProviderCollectionResult& result, const std::string
     EXPECT_EQ(result.diagnostics()[0], ProviderDiagnostic(DiagnosticSeverity::error, code, message));
 }
 
-TEST_F(ClaudeUsageProviderTest, DescriptorIsClaudes) {
-    const auto& descriptor = provider().descriptor();
-    EXPECT_EQ(descriptor.id(), "app.gaugewell.claude.subscription");
-    EXPECT_EQ(descriptor.displayName(), "Claude");
-    EXPECT_EQ(descriptor.integrationNotice(),
-              "Queries the signed-in Claude account directly. The personal usage "
-              "endpoint is not publicly documented by Anthropic.");
-}
-
 TEST_F(ClaudeUsageProviderTest, ProbeWhenSignedInOffersWindowsWithLimitations) {
     const auto probe = provider().probe();
     EXPECT_EQ(probe.availability(), ProviderAvailability::availableWithLimitations);
@@ -89,6 +79,11 @@ TEST_F(ClaudeUsageProviderTest, ProbeWhenSignedInOffersWindowsWithLimitations) {
             "Claude usage is queried live from an authenticated, undocumented personal-account endpoint."));
     EXPECT_TRUE(http->requests.empty());
     EXPECT_EQ(tokens->tokenRequests, 0);
+    EXPECT_EQ(probe.provider().id(), "app.gaugewell.claude.subscription");
+    EXPECT_EQ(probe.provider().displayName(), "Claude");
+    EXPECT_EQ(probe.provider().integrationNotice(),
+              "Queries the signed-in Claude account directly. The personal usage "
+              "endpoint is not publicly documented by Anthropic.");
 }
 
 TEST_F(ClaudeUsageProviderTest, ProbeWhenSignedOutNeedsAuthentication) {
@@ -116,90 +111,51 @@ TEST_F(ClaudeUsageProviderTest, SendsOneAuthenticatedGetToTheUsageEndpoint) {
     EXPECT_TRUE(request.headers == expected) << "request headers differ";
 }
 
-struct StatusCase {
-    long status;
-    std::string code;
-    std::string message;
-};
-
-void PrintTo(const StatusCase& status, std::ostream* out) {
-    *out << "HTTP " << status.status;
-}
-
-class UsageStatus : public ClaudeUsageProviderTest, public ::testing::WithParamInterface<StatusCase> {};
-
-TEST_P(UsageStatus, MapsToOneDiagnostic) {
-    http->answer = HttpResponse{GetParam().status, R"({"five_hour":{"utilization":1}})"};
-    expectSingleError(collect(), GetParam().code, GetParam().message);
-}
-
 const std::string rejected = "Claude rejected the account authorization. Reconnect Claude.";
-const std::string unavailable = "Claude usage is temporarily unavailable.";
-
-INSTANTIATE_TEST_SUITE_P(ClaudeUsageProvider, UsageStatus,
-                         ::testing::Values(StatusCase{401, "claude.authentication_expired", rejected},
-                                           StatusCase{403, "claude.authentication_expired", rejected},
-                                           StatusCase{429, "claude.rate_limited",
-                                                      "Claude temporarily rate-limited usage checks."},
-                                           StatusCase{500, "claude.http_error", unavailable},
-                                           StatusCase{404, "claude.http_error", unavailable},
-                                           StatusCase{201, "claude.http_error", unavailable},
-                                           StatusCase{304, "claude.http_error", unavailable}));
-
-struct FailureCase {
-    std::string name;
-    std::optional<ClaudeOAuthError> tokenError;
-    std::optional<HttpClientError> transportError;
-    std::string code;
-    std::string message;
-};
-
-void PrintTo(const FailureCase& failure, std::ostream* out) {
-    *out << failure.name;
-}
-
-class CollectionFailure : public ClaudeUsageProviderTest,
-                          public ::testing::WithParamInterface<FailureCase> {};
-
-TEST_P(CollectionFailure, MapsToOneDiagnostic) {
-    if (GetParam().tokenError) {
-        tokens->token = unexpected(*GetParam().tokenError);
-    }
-    if (GetParam().transportError) {
-        http->answer = unexpected(*GetParam().transportError);
-    }
-    expectSingleError(collect(), GetParam().code, GetParam().message);
-    if (GetParam().tokenError) {
-        EXPECT_TRUE(http->requests.empty());
-    }
-}
-
 const std::string collectionFailed = "Claude usage could not be refreshed from the account.";
 
-INSTANTIATE_TEST_SUITE_P(
-    ClaudeUsageProvider, CollectionFailure,
-    ::testing::Values(FailureCase{"RefreshFailed", ClaudeOAuthError::tokenRefreshFailed, std::nullopt,
-                                  "claude.authentication_expired",
-                                  "Claude authorization expired. Reconnect Claude."},
-                      FailureCase{"SignedOut", ClaudeOAuthError::signedOut, std::nullopt,
-                                  "claude.authentication_required",
-                                  "Sign in to Claude to read account usage."},
-                      FailureCase{"StorageFailed", ClaudeOAuthError::credentialStorageFailed, std::nullopt,
-                                  "claude.collection_failed", collectionFailed},
-                      FailureCase{"TimedOut", std::nullopt, HttpClientError::timedOut,
-                                  "claude.collection_failed", collectionFailed},
-                      FailureCase{"TransportFailed", std::nullopt, HttpClientError::transportFailed,
-                                  "claude.collection_failed", collectionFailed},
-                      FailureCase{"TooLarge", std::nullopt, HttpClientError::responseTooLarge,
-                                  "claude.collection_failed", collectionFailed},
-                      FailureCase{"NotHttp", std::nullopt, HttpClientError::invalidResponse,
-                                  "claude.invalid_response", "Claude returned an invalid network response."}),
-    [](const auto& info) { return info.param.name; });
-
-TEST_F(ClaudeUsageProviderTest, UndecodableBodyIsASchemaError) {
-    http->answer = HttpResponse{200, R"({"five_hour":{"utilization":"41.5"}})"};
-    expectSingleError(collect(), "claude.schema_error",
-                      "Claude usage did not match the known account schema.");
+TEST_F(ClaudeUsageProviderTest, EveryFailureMapsToOneFixedDiagnostic) {
+    const std::string unavailable = "Claude usage is temporarily unavailable.";
+    const auto status = [](long code) { return HttpResponse{code, R"({"five_hour":{"utilization":1}})"}; };
+    struct Case {
+        Expected<std::string, ClaudeOAuthError> token;
+        Expected<HttpResponse, HttpClientError> answer;
+        std::string code;
+        std::string message;
+    };
+    const std::vector<Case> cases{
+        {secretToken, status(401), "claude.authentication_expired", rejected},
+        {secretToken, status(403), "claude.authentication_expired", rejected},
+        {secretToken, status(429), "claude.rate_limited", "Claude temporarily rate-limited usage checks."},
+        {secretToken, status(500), "claude.http_error", unavailable},
+        {secretToken, status(404), "claude.http_error", unavailable},
+        {secretToken, status(201), "claude.http_error", unavailable},
+        {secretToken, status(304), "claude.http_error", unavailable},
+        {secretToken, HttpResponse{200, R"({"five_hour":{"utilization":"41.5"}})"}, "claude.schema_error",
+         "Claude usage did not match the known account schema."},
+        {unexpected(ClaudeOAuthError::tokenRefreshFailed), status(200), "claude.authentication_expired",
+         "Claude authorization expired. Reconnect Claude."},
+        {unexpected(ClaudeOAuthError::signedOut), status(200), "claude.authentication_required",
+         "Sign in to Claude to read account usage."},
+        {unexpected(ClaudeOAuthError::credentialStorageFailed), status(200), "claude.collection_failed",
+         collectionFailed},
+        {secretToken, unexpected(HttpClientError::timedOut), "claude.collection_failed", collectionFailed},
+        {secretToken, unexpected(HttpClientError::transportFailed), "claude.collection_failed",
+         collectionFailed},
+        {secretToken, unexpected(HttpClientError::responseTooLarge), "claude.collection_failed",
+         collectionFailed},
+        {secretToken, unexpected(HttpClientError::invalidResponse), "claude.invalid_response",
+         "Claude returned an invalid network response."}};
+    for (const auto& [token, answer, code, message] : cases) {
+        SCOPED_TRACE(code + (answer ? " after HTTP " + std::to_string(answer->status) : std::string()));
+        tokens->token = token;
+        http = std::make_shared<FakeHttpClient>();
+        http->answer = answer;
+        expectSingleError(collect(), code, message);
+        if (!token) {
+            EXPECT_TRUE(http->requests.empty());
+        }
+    }
 }
 
 TEST_F(ClaudeUsageProviderTest, EachCollectionAsksForATokenAgain) {
@@ -244,15 +200,7 @@ TEST_F(ClaudeUsageOverHttp, ReadsWindowsFromTheEndpoint) {
     EXPECT_FALSE(result.hasErrorDiagnostic());
     ASSERT_EQ(result.windows().size(), 4u);
     EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.415"));
-    const auto requests = fake.server().requests("/api/oauth/usage");
-    ASSERT_EQ(requests.size(), 1u);
-    EXPECT_EQ(requests[0].header("anthropic-beta"), "oauth-2025-04-20");
-    EXPECT_EQ(requests[0].header("Accept"), "application/json");
-}
-
-TEST_F(ClaudeUsageOverHttp, RejectedTokenIsExpiredAuthorization) {
-    fake.setExpectedAccessToken("another-token");
-    expectSingleError(collect(), "claude.authentication_expired", rejected);
+    EXPECT_EQ(fake.server().requests("/api/oauth/usage").size(), 1u); // sent with the accepted token
 }
 
 TEST_F(ClaudeUsageOverHttp, AServerThatNeverAnswersFailsTheCollectionAtTheTimeOut) {
@@ -261,12 +209,6 @@ TEST_F(ClaudeUsageOverHttp, AServerThatNeverAnswersFailsTheCollectionAtTheTimeOu
     const auto started = std::chrono::steady_clock::now();
     expectSingleError(collect(250ms), "claude.collection_failed", collectionFailed);
     EXPECT_LT(std::chrono::steady_clock::now() - started, 5s);
-}
-
-TEST_F(ClaudeUsageOverHttp, AnAnswerThatIsNotHttpIsAnInvalidResponse) {
-    fake.server().route("/api/oauth/usage", ScriptedHttpResponse::withBehavior(
-                                                ScriptedHttpResponse::Behavior::raw, "hello\r\n\r\n"));
-    expectSingleError(collect(), "claude.invalid_response", "Claude returned an invalid network response.");
 }
 
 TEST_F(ClaudeUsageOverHttp, OversizedBodyFailsTheCollection) {

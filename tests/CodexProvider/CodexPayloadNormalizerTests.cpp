@@ -80,11 +80,14 @@ TEST(CodexPayloadNormalizer, FullWindowBecomesAnExactSample) {
     EXPECT_TRUE(result.diagnostics().empty());
 }
 
-TEST(CodexPayloadNormalizer, FractionIsExactDecimal) {
-    const auto result = normalized(primaryWindow(R"("usedPercent":42)"));
-    ASSERT_EQ(result.windows().size(), 1u);
-    EXPECT_EQ(result.windows()[0].usedFraction()->text(), "0.42");
-    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
+TEST(CodexPayloadNormalizer, PercentBecomesAnExactFraction) {
+    for (const auto& [percent, fraction] : std::vector<std::pair<std::string, std::string>>{
+             {"42", "0.42"}, {"4.2e1", "0.42"}, {"0", "0"}, {"100", "1"}, {"99", "0.99"}}) {
+        const auto result = normalized(primaryWindow(R"("usedPercent":)" + percent));
+        ASSERT_EQ(result.windows().size(), 1u) << percent;
+        EXPECT_EQ(result.windows()[0].usedFraction()->text(), fraction) << percent;
+        EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse(fraction)) << percent;
+    }
 }
 
 TEST(CodexPayloadNormalizer, IdentifierUsesWholeSecondsTowardZero) {
@@ -99,46 +102,37 @@ TEST(CodexPayloadNormalizer, IdentifierUsesWholeSecondsTowardZero) {
     }
 }
 
-struct DurationCase {
-    std::string members;
-    UsageWindowKind kind;
-    std::optional<std::int64_t> durationSeconds;
-};
-
-class WindowDurationTest : public ::testing::TestWithParam<DurationCase> {};
-
-TEST_P(WindowDurationTest, KindFromRawMinutesDurationWithinAYear) {
-    const auto result = normalized(primaryWindow(R"("usedPercent":5)" + GetParam().members));
-    ASSERT_EQ(result.windows().size(), 1u);
-    EXPECT_EQ(result.windows()[0].windowKind(), GetParam().kind);
-    EXPECT_EQ(result.windows()[0].durationSeconds(), GetParam().durationSeconds);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Minutes, WindowDurationTest,
-    ::testing::Values(DurationCase{"", UsageWindowKind::unknown, std::nullopt},
-                      DurationCase{R"(,"windowDurationMins":null)", UsageWindowKind::unknown, std::nullopt},
-                      DurationCase{R"(,"windowDurationMins":300)", UsageWindowKind::fiveHour, 18'000},
-                      DurationCase{R"(,"windowDurationMins":10080)", UsageWindowKind::sevenDay, 604'800},
-                      DurationCase{R"(,"windowDurationMins":60)", UsageWindowKind::custom, 3'600},
-                      DurationCase{R"(,"windowDurationMins":1)", UsageWindowKind::custom, 60},
-                      DurationCase{R"(,"windowDurationMins":525600)", UsageWindowKind::custom, 31'536'000},
-                      DurationCase{R"(,"windowDurationMins":525601)", UsageWindowKind::custom, std::nullopt},
-                      DurationCase{R"(,"windowDurationMins":0)", UsageWindowKind::custom, std::nullopt},
-                      DurationCase{R"(,"windowDurationMins":-300)", UsageWindowKind::custom, std::nullopt},
-                      DurationCase{R"(,"windowDurationMins":9223372036854775807)", UsageWindowKind::custom,
-                                   std::nullopt}));
-
-TEST(CodexPayloadNormalizer, ResetOnlyForPositiveSeconds) {
-    for (const auto& [members, reset] : std::vector<std::pair<std::string, std::optional<Date>>>{
-             {R"(,"resetsAt":0)", std::nullopt},
-             {R"(,"resetsAt":-5)", std::nullopt},
-             {"", std::nullopt},
-             {R"(,"resetsAt":1)", dateFromUnixSeconds(1)},
-             {R"(,"resetsAt":1795003600)", dateFromUnixSeconds(1'795'003'600)}}) {
+TEST(CodexPayloadNormalizer, KindFromRawMinutesDurationWithinAYearResetOnlyWhenPositive) {
+    using enum UsageWindowKind;
+    struct Case {
+        std::string members;
+        UsageWindowKind kind;
+        std::optional<std::int64_t> durationSeconds;
+        std::optional<Date> reset;
+    };
+    for (const auto& [members, kind, durationSeconds, reset] : std::vector<Case>{
+             {"", unknown, std::nullopt, std::nullopt},
+             {R"(,"windowDurationMins":null)", unknown, std::nullopt, std::nullopt},
+             {R"(,"windowDurationMins":300)", fiveHour, 18'000, std::nullopt},
+             {R"(,"windowDurationMins":300.0)", fiveHour, 18'000, std::nullopt},
+             {R"(,"windowDurationMins":10080)", sevenDay, 604'800, std::nullopt},
+             {R"(,"windowDurationMins":60)", custom, 3'600, std::nullopt},
+             {R"(,"windowDurationMins":1)", custom, 60, std::nullopt},
+             {R"(,"windowDurationMins":525600)", custom, 31'536'000, std::nullopt},
+             {R"(,"windowDurationMins":525601)", custom, std::nullopt, std::nullopt},
+             {R"(,"windowDurationMins":0)", custom, std::nullopt, std::nullopt},
+             {R"(,"windowDurationMins":-300)", custom, std::nullopt, std::nullopt},
+             {R"(,"windowDurationMins":9223372036854775807)", custom, std::nullopt, std::nullopt},
+             {R"(,"resetsAt":0)", unknown, std::nullopt, std::nullopt},
+             {R"(,"resetsAt":-5)", unknown, std::nullopt, std::nullopt},
+             {R"(,"resetsAt":1)", unknown, std::nullopt, dateFromUnixSeconds(1)},
+             {R"(,"resetsAt":1795003600)", unknown, std::nullopt, dateFromUnixSeconds(1'795'003'600)}}) {
+        SCOPED_TRACE(members);
         const auto result = normalized(primaryWindow(R"("usedPercent":5)" + members));
         ASSERT_EQ(result.windows().size(), 1u);
-        EXPECT_EQ(result.windows()[0].resetAt(), reset) << members;
+        EXPECT_EQ(result.windows()[0].windowKind(), kind);
+        EXPECT_EQ(result.windows()[0].durationSeconds(), durationSeconds);
+        EXPECT_EQ(result.windows()[0].resetAt(), reset);
     }
 }
 
@@ -158,13 +152,6 @@ TEST(CodexPayloadNormalizer, PercentOutOfRangeDropsTheWindowWithAWarning) {
     EXPECT_TRUE(result.hasErrorDiagnostic());
 }
 
-TEST(CodexPayloadNormalizer, BoundaryPercentsAreAccepted) {
-    const auto result = normalized(rateLimitsWith(
-        R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":0},"secondary":{"usedPercent":100}}})"));
-    EXPECT_EQ(bucketIDs(result), (std::vector<std::string>{"codex.primary", "codex.secondary"}));
-    EXPECT_TRUE(result.windows()[0].usedFraction()->isZero());
-}
-
 TEST(CodexPayloadNormalizer, LimitsByIdAreSortedAndReplaceTheSingleSnapshot) {
     const auto result = normalized(rateLimitsWith(R"({
         "rateLimits":{"limitId":"ignored","primary":{"usedPercent":1}},
@@ -180,25 +167,20 @@ TEST(CodexPayloadNormalizer, LimitsByIdAreSortedAndReplaceTheSingleSnapshot) {
 }
 
 TEST(CodexPayloadNormalizer, BucketIdentifierFallsBack) {
-    struct Case {
-        std::string result;
-        std::string bucketID;
-    };
-    for (
-        const auto& [payload, bucketID] : std::vector<Case>{
-            {R"({"rateLimits":{"primary":{"usedPercent":1}}})", "default.primary"},
-            {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":{}})",
-             "codex.primary"},
-            {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":null})",
-             "codex.primary"},
-            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"   ","primary":{"usedPercent":1}}}})",
-             "k.primary"},
-            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"\u00a0\n","primary":{"usedPercent":1}}}})",
-             "k.primary"},
-            {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":" x ","primary":{"usedPercent":1}}}})",
-             " x .primary"},
-            {R"({"rateLimits":{"limitId":"   ","primary":{"usedPercent":1}}})", "   .primary"},
-        }) {
+    const std::vector<std::pair<std::string, std::string>> cases{
+        {R"({"rateLimits":{"primary":{"usedPercent":1}}})", "default.primary"},
+        {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":{}})",
+         "codex.primary"},
+        {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":null})",
+         "codex.primary"},
+        {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"   ","primary":{"usedPercent":1}}}})",
+         "k.primary"},
+        {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"\u00a0\n","primary":{"usedPercent":1}}}})",
+         "k.primary"},
+        {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":" x ","primary":{"usedPercent":1}}}})",
+         " x .primary"},
+        {R"({"rateLimits":{"limitId":"   ","primary":{"usedPercent":1}}})", "   .primary"}};
+    for (const auto& [payload, bucketID] : cases) {
         EXPECT_EQ(bucketIDs(normalized(rateLimitsWith(payload))), std::vector<std::string>{bucketID})
             << payload;
     }
@@ -239,13 +221,6 @@ TEST(CodexPayloadNormalizer, RateLimitLineThatDoesNotDecodeIsADecodeError) {
     }
 }
 
-TEST(CodexPayloadNormalizer, WholeNumberSpellingsDecode) {
-    const auto result = normalized(primaryWindow(R"("usedPercent":4.2e1,"windowDurationMins":300.0)"));
-    ASSERT_EQ(result.windows().size(), 1u);
-    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
-    EXPECT_EQ(result.windows()[0].windowKind(), UsageWindowKind::fiveHour);
-}
-
 TEST(CodexPayloadNormalizer, ErrorOrMissingResultIsAProtocolError) {
     for (const std::string_view line :
          {R"({"id":2,"error":{"code":-32600,"message":"sign in"}})", R"({"id":2})",
@@ -258,47 +233,31 @@ TEST(CodexPayloadNormalizer, ErrorOrMissingResultIsAProtocolError) {
     }
 }
 
-struct UsageCase {
-    std::string name;
-    std::optional<std::string> usage;
-    std::vector<std::string> codes;
-};
-
-class AccountUsageTest : public ::testing::TestWithParam<UsageCase> {};
-
-TEST_P(AccountUsageTest, ProblemsAreWarningsAndWindowsStay) {
-    const auto result = normalized(primaryWindow(R"("usedPercent":5)"), GetParam().usage);
-    EXPECT_EQ(result.windows().size(), 1u);
-    EXPECT_TRUE(result.tokenBuckets().empty());
-    EXPECT_EQ(codes(result), GetParam().codes);
-    for (const auto& diagnostic : result.diagnostics()) {
-        EXPECT_EQ(diagnostic.severity(), DiagnosticSeverity::warning);
+TEST(CodexPayloadNormalizer, AccountUsageProblemsAreWarningsAndWindowsStay) {
+    const std::vector<std::string> unavailable{"codex.account_usage_unavailable"};
+    const std::vector<std::string> schema{"codex.account_usage_schema"};
+    const std::vector<std::pair<std::optional<std::string>, std::vector<std::string>>> cases{
+        {std::nullopt, unavailable},
+        {R"({"id":3,"error":{"code":-32601,"message":"Method not found"}})", unavailable},
+        {R"({"id":3})", unavailable},
+        {"{", schema},
+        {R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01"}]}})", schema},
+        {R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01","tokens":1.5}]}})", schema},
+        {R"({"id":3,"result":{"dailyUsageBuckets":{}}})", schema},
+        {R"({"id":3,"result":{}})", {}},
+        {R"({"id":3,"result":{"dailyUsageBuckets":null}})", {}},
+        {R"({"id":3,"result":{"dailyUsageBuckets":[]}})", {}}};
+    for (const auto& [usage, expected] : cases) {
+        SCOPED_TRACE(usage.value_or("absent"));
+        const auto result = normalized(primaryWindow(R"("usedPercent":5)"), usage);
+        EXPECT_EQ(result.windows().size(), 1u);
+        EXPECT_TRUE(result.tokenBuckets().empty());
+        EXPECT_EQ(codes(result), expected);
+        for (const auto& diagnostic : result.diagnostics()) {
+            EXPECT_EQ(diagnostic.severity(), DiagnosticSeverity::warning);
+        }
     }
-    EXPECT_FALSE(result.hasErrorDiagnostic());
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Usage, AccountUsageTest,
-    ::testing::Values(
-        UsageCase{"Absent", std::nullopt, {"codex.account_usage_unavailable"}},
-        UsageCase{"RpcError",
-                  R"({"id":3,"error":{"code":-32601,"message":"Method not found"}})",
-                  {"codex.account_usage_unavailable"}},
-        UsageCase{"NoResult", R"({"id":3})", {"codex.account_usage_unavailable"}},
-        UsageCase{"NotJson", "{", {"codex.account_usage_schema"}},
-        UsageCase{"BucketWithoutTokens",
-                  R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01"}]}})",
-                  {"codex.account_usage_schema"}},
-        UsageCase{"FractionalTokens",
-                  R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01","tokens":1.5}]}})",
-                  {"codex.account_usage_schema"}},
-        UsageCase{"BucketsNotAList",
-                  R"({"id":3,"result":{"dailyUsageBuckets":{}}})",
-                  {"codex.account_usage_schema"}},
-        UsageCase{"NoBuckets", R"({"id":3,"result":{}})", {}},
-        UsageCase{"NullBuckets", R"({"id":3,"result":{"dailyUsageBuckets":null}})", {}},
-        UsageCase{"EmptyBuckets", R"({"id":3,"result":{"dailyUsageBuckets":[]}})", {}}),
-    [](const auto& info) { return info.param.name; });
 
 TEST(CodexPayloadNormalizer, BucketsBecomeUtcDaysInOrderReceived) {
     const auto result =

@@ -32,6 +32,12 @@ protected:
                                   Environment{{"HOME", home.path().string()}, {"PATH", path}});
     }
 
+    // Locating is only predictable when no codex sits in a well-known location of this machine.
+    static bool wellKnownCodexInstalled() {
+        return ExecutableLocator::isUsable("/opt/homebrew/bin/codex") ||
+               ExecutableLocator::isUsable("/usr/local/bin/codex");
+    }
+
     static void expectUsableProbe(const ProviderProbeResult& probe) {
         EXPECT_EQ(probe.availability(), ProviderAvailability::availableWithLimitations);
         EXPECT_EQ(probe.sourceVersion(), "codex-cli 0.169.0");
@@ -48,44 +54,37 @@ TEST_F(RealCodexTest, SignedOutProbeIsUsableThroughTheExperimentalProtocol) {
     expectUsableProbe(provider(codex, "/usr/bin:/bin").probe());
 }
 
-TEST_F(RealCodexTest, SignedOutCollectionIsDeclined) {
-    const UsageCollectionRequest request(testing::fixedConnectionID(), dateFromUnixSeconds(1'795'000'000));
-    const auto result = provider(codex, "/usr/bin:/bin").collect(request);
+TEST_F(RealCodexTest, SignedOutCollectionIsDeclinedWithTheServersRpcError) {
+    const auto subject = provider(codex, "/usr/bin:/bin");
+    const auto result = subject.collect({testing::fixedConnectionID(), dateFromUnixSeconds(1'795'000'000)});
     ASSERT_EQ(result.diagnostics().size(), 1u);
     EXPECT_EQ(result.diagnostics()[0].code(), "codex.rpc_error");
-    EXPECT_TRUE(result.windows().empty());
-    EXPECT_TRUE(result.tokenBuckets().empty());
-}
+    EXPECT_TRUE(result.windows().empty() && result.tokenBuckets().empty());
 
-TEST_F(RealCodexTest, SignedOutExchangeEndsWithTheServersRpcError) {
-    const auto subject = provider(codex, "/usr/bin:/bin");
-    const CodexAppServerTransport transport(codex, subject.childEnvironment(codex), 10, 1 << 20);
-    const auto response = transport.fetchUsage();
+    const auto response =
+        CodexAppServerTransport(codex, subject.childEnvironment(codex), 10, 1 << 20).fetchUsage();
     ASSERT_FALSE(response.hasValue());
     EXPECT_EQ(response.error(), CodexProviderError::rpcError(-32600));
 }
 
 TEST_F(RealCodexTest, FoundThroughPath) {
-    const std::string path = "/usr/bin:" + codex.parent_path().string() + ":/bin";
-    const auto subject = provider(std::nullopt, path);
-    if (ExecutableLocator::isUsable("/opt/homebrew/bin/codex") ||
-        ExecutableLocator::isUsable("/usr/local/bin/codex")) {
+    if (wellKnownCodexInstalled()) {
         GTEST_SKIP() << "a codex is installed in a well-known location of this machine";
     }
+    const auto subject = provider(std::nullopt, "/usr/bin:" + codex.parent_path().string() + ":/bin");
     EXPECT_EQ(subject.resolveExecutable(), codex);
     expectUsableProbe(subject.probe());
 }
 
 TEST_F(RealCodexTest, FoundThroughNodeVersionManager) {
+    if (wellKnownCodexInstalled()) {
+        GTEST_SKIP() << "a codex is installed in a well-known location of this machine";
+    }
     const auto bin = home.path() / ".nvm/versions/node/v22.3.0/bin";
     fs::create_directories(bin);
     fs::create_symlink(codex, bin / "codex");
     fs::create_directories(home.path() / ".nvm/versions/node/v20.11.1/bin"); // no codex in this one
     const auto subject = provider(std::nullopt, "/usr/bin:/bin");
-    if (ExecutableLocator::isUsable("/opt/homebrew/bin/codex") ||
-        ExecutableLocator::isUsable("/usr/local/bin/codex")) {
-        GTEST_SKIP() << "a codex is installed in a well-known location of this machine";
-    }
     EXPECT_EQ(subject.resolveExecutable(), bin / "codex");
     expectUsableProbe(subject.probe());
     EXPECT_EQ(subject.childEnvironment(bin / "codex").at("PATH"), bin.string() + ":/usr/bin:/bin");

@@ -3,8 +3,8 @@
 #include "Platform/InMemoryUserDefaults.h"
 #include "QtTestSupport.h"
 #include "QtThreadSanitizerSuppressions.h"
-#include "RecordFixtures.h"
 #include "SpawnedProcess.h"
+#include "ViewStateFixtures.h"
 
 #include <QDBusArgument>
 #include <QDBusConnectionInterface>
@@ -133,30 +133,13 @@ template <class T> T resultOf(const QFuture<T>& future) {
     return future.isFinished() && future.resultCount() > 0 ? future.result() : T();
 }
 
-UsageWindowSample window(std::string bucket, UsageWindowKind kind, const char* used,
-                         std::optional<std::string> name = std::nullopt) {
-    return UsageWindowSample(
-        "w-" + bucket, testing::fixedConnectionID(), bucket, std::move(name), kind, std::nullopt,
-        testing::referencePlus(1000), std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
-        Decimal::parse(used), std::nullopt, std::nullopt, std::nullopt, std::nullopt,
-        MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact, MeasurementCoverage::account,
-        MeasurementFreshness::live, testing::testSource(), std::nullopt);
-}
-
 std::vector<ProviderViewState> providers(const char* codexUsed, const char* claudeUsed) {
-    const auto state = [](ProviderService service, std::vector<UsageWindowSample> windows) {
-        return ProviderViewState{service,
-                                 ProviderDescriptor(std::string(providerID(service)),
-                                                    std::string(displayName(service)), std::nullopt),
-                                 ProviderAvailability::availableWithLimitations,
-                                 {},
-                                 std::move(windows),
-                                 {},
-                                 {}};
-    };
-    return {state(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, codexUsed)}),
-            state(ProviderService::claude,
-                  {window("seven_day_opus", UsageWindowKind::sevenDay, claudeUsed, "Opus & <Sonnet>")})};
+    using testing::windowSample;
+    return {testing::viewState(ProviderService::codex, {windowSample({.used = codexUsed})}),
+            testing::viewState(ProviderService::claude, {windowSample({.bucket = "seven_day_opus",
+                                                                       .kind = UsageWindowKind::sevenDay,
+                                                                       .used = claudeUsed,
+                                                                       .name = "Opus & <Sonnet>"})})};
 }
 
 class DBusNotificationBackendTest : public ::testing::Test {
@@ -203,25 +186,19 @@ TEST_F(DBusNotificationBackendTest, ThresholdAlertsArriveWithTheirExactTexts) {
                                                                "Opus & <Sonnet> has 50% used.")));
 }
 
-TEST_F(DBusNotificationBackendTest, BodiesAreEscapedForServersThatParseMarkup) {
+TEST_F(DBusNotificationBackendTest, MarkupIsEscapedAndOurIdentifierIsKeptApartFromTheServersID) {
     MockNotificationServer server; // the mock's default capabilities include body-markup
     ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
-    EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::authorized);
-    const auto error =
-        resultOf(backend->post({"usage.A", "Claude limit reset", "Opus & <Sonnet> is available again."}));
-    EXPECT_EQ(error, std::nullopt);
-    const auto received = server.received();
-    ASSERT_EQ(received.size(), 1u);
-    EXPECT_EQ(received[0].body, QStringLiteral("Opus &amp; &lt;Sonnet&gt; is available again."));
-    EXPECT_EQ(received[0].title, QStringLiteral("Claude limit reset"));
-}
-
-TEST_F(DBusNotificationBackendTest, KeepsOurIdentifierApartFromTheServersID) {
-    MockNotificationServer server;
-    ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
     EXPECT_EQ(resultOf(backend->authorization()), NotificationAuthorization::notDetermined);
-    EXPECT_EQ(resultOf(backend->post({"usage.first", "t", "b"})), std::nullopt);
+    EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::authorized);
+    EXPECT_EQ(
+        resultOf(backend->post({"usage.first", "Claude limit reset", "Opus & <Sonnet> is available again."})),
+        std::nullopt);
     EXPECT_EQ(resultOf(backend->post({"usage.second", "t", "b"})), std::nullopt);
+    const auto received = server.received();
+    ASSERT_EQ(received.size(), 2u);
+    EXPECT_EQ(received[0].title, QStringLiteral("Claude limit reset"));
+    EXPECT_EQ(received[0].body, QStringLiteral("Opus &amp; &lt;Sonnet&gt; is available again."));
     EXPECT_EQ(backend->serverNotificationID("usage.first"), 1u);
     EXPECT_EQ(backend->serverNotificationID("usage.second"), 2u);
     EXPECT_EQ(backend->serverNotificationID("usage.unknown"), std::nullopt);
@@ -250,7 +227,7 @@ TEST_F(DBusNotificationBackendTest, RefusedNotifyDoesNotStopTheBatch) {
     EXPECT_EQ(resultOf(backend->post({"usage.x", "Codex again", "b"})), NotificationPostError::rejected);
 }
 
-TEST_F(DBusNotificationBackendTest, WithoutAServerEverythingIsUnavailableAndNothingBreaks) {
+TEST_F(DBusNotificationBackendTest, WithoutAServerAllIsUnavailableUntilOneArrives) {
     EXPECT_EQ(resultOf(backend->authorization()), NotificationAuthorization::unavailable);
     EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::unavailable);
     EXPECT_EQ(resultOf(backend->post({"usage.A", "t", "b"})), NotificationPostError::unavailable);
@@ -260,12 +237,7 @@ TEST_F(DBusNotificationBackendTest, WithoutAServerEverythingIsUnavailableAndNoth
     EXPECT_EQ(controller.permission(), UsageNotificationPermission::unavailable);
     EXPECT_TRUE(testing::waitForFuture(controller.process(providers("0.1", "0.1"))));
     EXPECT_TRUE(testing::waitForFuture(controller.process(providers("0.9", "0.9"))));
-}
 
-TEST_F(DBusNotificationBackendTest, ServerArrivingLaterIsFoundOnTheNextRefresh) {
-    UsageNotificationController controller(backend, defaults);
-    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
-    EXPECT_EQ(controller.permission(), UsageNotificationPermission::unavailable);
     MockNotificationServer server;
     ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
     ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));

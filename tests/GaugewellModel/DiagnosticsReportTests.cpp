@@ -21,32 +21,22 @@ std::vector<std::string> entries(const std::filesystem::path& folder) {
     return names;
 }
 
-struct OsReleaseCase {
-    const char* name;
-    std::string text;
-    std::optional<std::string> prettyName;
-};
-
-class OsReleasePrettyName : public ::testing::TestWithParam<OsReleaseCase> {};
-
-TEST_P(OsReleasePrettyName, IsReadLikeTheShellWould) {
-    EXPECT_EQ(osReleasePrettyName(GetParam().text), GetParam().prettyName);
+TEST(DiagnosticsReport, OsReleasePrettyNameIsReadLikeTheShellWould) {
+    const std::pair<std::string, std::optional<std::string>> cases[] = {
+        {"NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n",
+         "Debian GNU/Linux 12 (bookworm)"},
+        {"PRETTY_NAME='Fedora Linux 40'\n", "Fedora Linux 40"},
+        {"PRETTY_NAME=Arch\r\n", "Arch"},
+        {"PRETTY_NAME=\"A \\\"quoted\\\" \\\\ name\"", "A \"quoted\" \\ name"},
+        {"PRETTY_NAME=Old\nPRETTY_NAME=New\n", "New"},
+        {"#PRETTY_NAME=Commented\nXPRETTY_NAME=Other\n", std::nullopt}, // the key must start the line
+        {"PRETTY_NAME=\"\"\n", std::nullopt},
+        {"NAME=Linux\n", std::nullopt},
+    };
+    for (const auto& [text, prettyName] : cases) {
+        EXPECT_EQ(osReleasePrettyName(text), prettyName) << ::testing::PrintToString(text);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Files, OsReleasePrettyName,
-    ::testing::Values(
-        OsReleaseCase{"DoubleQuoted",
-                      "NAME=\"Debian GNU/Linux\"\nPRETTY_NAME=\"Debian GNU/Linux 12 (bookworm)\"\n",
-                      "Debian GNU/Linux 12 (bookworm)"},
-        OsReleaseCase{"SingleQuoted", "PRETTY_NAME='Fedora Linux 40'\n", "Fedora Linux 40"},
-        OsReleaseCase{"Unquoted", "PRETTY_NAME=Arch\r\n", "Arch"},
-        OsReleaseCase{"Escapes", "PRETTY_NAME=\"A \\\"quoted\\\" \\\\ name\"", "A \"quoted\" \\ name"},
-        OsReleaseCase{"LastAssignmentWins", "PRETTY_NAME=Old\nPRETTY_NAME=New\n", "New"},
-        OsReleaseCase{"KeyMustStartTheLine", "#PRETTY_NAME=Commented\nXPRETTY_NAME=Other\n", std::nullopt},
-        OsReleaseCase{"Empty", "PRETTY_NAME=\"\"\n", std::nullopt},
-        OsReleaseCase{"Missing", "NAME=Linux\n", std::nullopt}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(DiagnosticsReport, SystemVersionNamesTheDistributionAndKernel) {
     EXPECT_EQ(systemVersionText("Debian GNU/Linux 12 (bookworm)", "6.1.0-18-amd64"),
@@ -85,36 +75,27 @@ TEST(DiagnosticsReport, WritingReplacesTheFileAndLeavesNothingElse) {
     EXPECT_EQ(entries(root), std::vector<std::string>{"Gaugewell-Diagnostics.txt"});
 }
 
-struct WriteFailureCase {
-    const char* name;
-    std::string destination; // relative to a fresh folder
-    DiagnosticsReportWriteError error;
-};
-
-class DiagnosticsReportWriteFailure : public ::testing::TestWithParam<WriteFailureCase> {};
-
-TEST_P(DiagnosticsReportWriteFailure, ReportsTheCauseAndLeavesTheFolderAsItWas) {
-    QTemporaryDir folder;
-    const std::filesystem::path root = folder.path().toStdString();
-    std::filesystem::create_directory(root / "a-folder");
-    std::ofstream(root / "a-file") << "kept\n";
-    const auto before = entries(root);
-    EXPECT_EQ(writeDiagnosticsReport(root / GetParam().destination, "text\n"), GetParam().error);
-    EXPECT_EQ(entries(root), before);
-    EXPECT_TRUE(std::filesystem::is_empty(root / "a-folder"));
-    EXPECT_EQ(contents(root / "a-file"), "kept\n");
-    EXPECT_FALSE(diagnosticsReportWriteErrorText(GetParam().error).empty());
+TEST(DiagnosticsReport, AFailedWriteReportsTheCauseAndLeavesTheFolderAsItWas) {
+    const std::pair<std::string, DiagnosticsReportWriteError> cases[] = {
+        {"gone/report.txt", DiagnosticsReportWriteError::folderMissing},
+        {"a-file/report.txt", DiagnosticsReportWriteError::folderMissing},
+        {"a-folder", DiagnosticsReportWriteError::destinationIsFolder},
+        {"a-folder/", DiagnosticsReportWriteError::destinationIsFolder}, // no file name
+    };
+    for (const auto& [destination, error] : cases) {
+        SCOPED_TRACE(destination);
+        QTemporaryDir folder;
+        const std::filesystem::path root = folder.path().toStdString();
+        std::filesystem::create_directory(root / "a-folder");
+        std::ofstream(root / "a-file") << "kept\n";
+        const auto before = entries(root);
+        EXPECT_EQ(writeDiagnosticsReport(root / destination, "text\n"), error);
+        EXPECT_EQ(entries(root), before);
+        EXPECT_TRUE(std::filesystem::is_empty(root / "a-folder"));
+        EXPECT_EQ(contents(root / "a-file"), "kept\n");
+        EXPECT_FALSE(diagnosticsReportWriteErrorText(error).empty());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Destinations, DiagnosticsReportWriteFailure,
-    ::testing::Values(
-        WriteFailureCase{"MissingFolder", "gone/report.txt", DiagnosticsReportWriteError::folderMissing},
-        WriteFailureCase{"FileWhereAFolderShouldBe", "a-file/report.txt",
-                         DiagnosticsReportWriteError::folderMissing},
-        WriteFailureCase{"ExistingFolder", "a-folder", DiagnosticsReportWriteError::destinationIsFolder},
-        WriteFailureCase{"NoFileName", "a-folder/", DiagnosticsReportWriteError::destinationIsFolder}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 } // namespace
 } // namespace gaugewell

@@ -1,5 +1,5 @@
 #include "GaugewellUI/Model/SanitizedProviderDiagnostics.h"
-#include "RecordFixtures.h"
+#include "ViewStateFixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -36,37 +36,26 @@ std::string section(const SanitizedProviderDiagnostics& single) {
     return text.substr(header.size());
 }
 
-TEST(SanitizedProviderDiagnostics, NoProvidersGiveTheHeaderOnly) {
+TEST(SanitizedProviderDiagnostics, ProvidersAreSortedByNameWithCodesSortedButNeverMessages) {
     EXPECT_EQ(report({}), header);
-}
-
-TEST(SanitizedProviderDiagnostics, ProvidersAreSortedByNameWithCodesButNeverMessages) {
-    auto claude = provider("Claude");
     auto codex = provider("Codex", {"0.46.0"},
                           {ProviderDiagnostic(DiagnosticSeverity::warning, "codex.no_usage_windows",
-                                              "secret-looking message /home/user")});
+                                              "secret-looking message /home/user"),
+                           ProviderDiagnostic(DiagnosticSeverity::info, "a.code\nsecond line", "m")});
     codex.connectionStatus = ProviderConnectionStatus::failed;
     codex.availability = ProviderAvailability::temporarilyUnavailable;
-    EXPECT_EQ(report({codex, claude}), header + "\n[Claude]\n"
-                                                "Connection: signedIn\n"
-                                                "Availability: availableWithLimitations\n"
-                                                "Source version: unavailable\n"
-                                                "Diagnostics: none\n"
-                                                "\n[Codex]\n"
-                                                "Connection: failed\n"
-                                                "Availability: temporarilyUnavailable\n"
-                                                "Source version: 0.46.0\n"
-                                                "Diagnostics:\n"
-                                                "- warning: codex.no_usage_windows\n");
-}
-
-TEST(SanitizedProviderDiagnostics, DiagnosticsAreListedByCode) {
-    const auto text =
-        section(provider("Codex", {},
-                         {ProviderDiagnostic(DiagnosticSeverity::error, "b.code", "m"),
-                          ProviderDiagnostic(DiagnosticSeverity::info, "a.code\nsecond line", "m")}));
-    EXPECT_NE(text.find("Diagnostics:\n- info: a.code second line\n- error: b.code\n"), std::string::npos)
-        << text;
+    EXPECT_EQ(report({codex, provider("Claude")}), header + "\n[Claude]\n"
+                                                            "Connection: signedIn\n"
+                                                            "Availability: availableWithLimitations\n"
+                                                            "Source version: unavailable\n"
+                                                            "Diagnostics: none\n"
+                                                            "\n[Codex]\n"
+                                                            "Connection: failed\n"
+                                                            "Availability: temporarilyUnavailable\n"
+                                                            "Source version: 0.46.0\n"
+                                                            "Diagnostics:\n"
+                                                            "- info: a.code second line\n"
+                                                            "- warning: codex.no_usage_windows\n");
 }
 
 TEST(SanitizedProviderDiagnostics, LongMultiLineNameIsOneCappedLine) {
@@ -86,67 +75,45 @@ TEST(SanitizedProviderDiagnostics, SourceVersionsKeepOnlyVersionLikeValues) {
         << text;
 }
 
-struct FlattenCase {
-    const char* name;
-    std::string input;
-    std::string expected;
-};
-
-class Flattening : public ::testing::TestWithParam<FlattenCase> {};
-
-TEST_P(Flattening, GivesOneTrimmedLine) {
-    EXPECT_EQ(SanitizedProviderDiagnostics::flattened(GetParam().input), GetParam().expected);
+TEST(SanitizedProviderDiagnostics, FlatteningGivesOneTrimmedLineOfAtMost160Characters) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"a\r\nb\nc\rd", "a  b c d"},
+        {" \t\u00a0 x y \n\u2028", "x y"}, // surrounding white space goes
+        {" \r\n ", ""},
+        {std::string(159, 'a') + "\u00e9\u00e9", std::string(159, 'a') + "\u00e9"}, // characters, not bytes
+        {std::string(159, 'a') + "e\u0301z", std::string(159, 'a') + "e\u0301"},    // the mark stays
+        {"ok\xff", "ok\uFFFD"},
+    };
+    for (const auto& [input, expected] : cases) {
+        EXPECT_EQ(SanitizedProviderDiagnostics::flattened(input), expected);
+    }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Values, Flattening,
-    ::testing::Values(FlattenCase{"LineBreaksBecomeSpaces", "a\r\nb\nc\rd", "a  b c d"},
-                      FlattenCase{"SurroundingWhiteSpaceGoes", " \t\u00a0 x y \n\u2028", "x y"},
-                      FlattenCase{"OnlyWhiteSpaceIsEmpty", " \r\n ", ""},
-                      FlattenCase{"CapCountsCharactersNotBytes", std::string(159, 'a') + "\u00e9\u00e9",
-                                  std::string(159, 'a') + "\u00e9"},
-                      FlattenCase{"CombiningMarkStaysWithItsLetter", std::string(159, 'a') + "e\u0301z",
-                                  std::string(159, 'a') + "e\u0301"},
-                      FlattenCase{"BrokenUtf8IsReplaced", "ok\xff", "ok\uFFFD"}),
-    [](const auto& info) { return std::string(info.param.name); });
-
-struct VersionCase {
-    const char* name;
-    std::string version;
-    bool reportable;
-};
-
-class SourceVersionFilter : public ::testing::TestWithParam<VersionCase> {};
-
-TEST_P(SourceVersionFilter, AcceptsOnlyVersionStrings) {
-    EXPECT_EQ(SanitizedProviderDiagnostics::isReportableSourceVersion(GetParam().version),
-              GetParam().reportable);
+TEST(SanitizedProviderDiagnostics, OnlyVersionLikeStringsOfAtMost80CharactersAreReportable) {
+    const std::pair<std::string, bool> cases[] = {
+        {"0.46.0", true},
+        {"v1.2_3 (rc+4)-x", true},
+        {"\u0432\u0435\u0440\u0441\u0438\u044f \u0663", true}, // non-Latin letters and digits
+        {std::string(80, 'a'), true},
+        {std::string(81, 'a'), false},
+        {"  " + std::string(80, 'a') + "\n", true}, // eighty after trimming
+        {"", false},
+        {" \n ", false},
+        {"/usr/local/bin/codex", false},
+        {"user@example.com", false},
+        {"0.46\n0", false},
+        {"codex:0.46", false},
+        {"0.46\t0", false},
+    };
+    for (const auto& [version, reportable] : cases) {
+        EXPECT_EQ(SanitizedProviderDiagnostics::isReportableSourceVersion(version), reportable)
+            << ::testing::PrintToString(version);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Values, SourceVersionFilter,
-    ::testing::Values(
-        VersionCase{"Plain", "0.46.0", true}, VersionCase{"AllAllowedPunctuation", "v1.2_3 (rc+4)-x", true},
-        VersionCase{"NonLatinLettersAndDigits", "\u0432\u0435\u0440\u0441\u0438\u044f \u0663", true},
-        VersionCase{"EightyCharacters", std::string(80, 'a'), true},
-        VersionCase{"EightyOneCharacters", std::string(81, 'a'), false},
-        VersionCase{"EightyAfterTrimming", "  " + std::string(80, 'a') + "\n", true},
-        VersionCase{"Empty", "", false}, VersionCase{"WhiteSpaceOnly", " \n ", false},
-        VersionCase{"Path", "/usr/local/bin/codex", false}, VersionCase{"Email", "user@example.com", false},
-        VersionCase{"InnerLineBreak", "0.46\n0", false}, VersionCase{"Colon", "codex:0.46", false},
-        VersionCase{"Tab", "0.46\t0", false}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(SanitizedProviderDiagnostics, FromViewStateTakesDistinctSortedVersionsOfWindowsAndBuckets) {
     const auto windowWith = [](std::optional<std::string> version) {
-        const auto base = testing::fullSample();
-        return UsageWindowSample(base.id(), base.connectionID(), base.providerBucketID(),
-                                 base.providerBucketName(), base.windowKind(), base.modelID(),
-                                 base.observedAt(), base.providerFetchedAt(), base.durationSeconds(),
-                                 base.windowStart(), base.windowEnd(), base.resetAt(), base.usedFraction(),
-                                 base.remainingFraction(), base.absoluteUsed(), base.absoluteLimit(),
-                                 base.unit(), base.authority(), base.confidence(), base.coverage(),
-                                 base.freshness(), base.source(), std::move(version));
+        return testing::windowSample({.sourceVersion = std::move(version)});
     };
     const auto bucket = testing::sampleBucket(10);
     const TokenUsageBucket versionedBucket(

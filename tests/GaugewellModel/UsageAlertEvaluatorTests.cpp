@@ -17,12 +17,6 @@ struct Step {
     std::vector<double> thresholds = allThresholds;
 };
 
-struct EvaluatorCase {
-    const char* name;
-    bool notifiesOnReset;
-    std::vector<Step> steps;
-};
-
 UsageAlertSample sample(double used, std::optional<double> resetAt) {
     return UsageAlertSample{"app.gaugewell.codex.subscription",
                             "Codex",
@@ -37,74 +31,63 @@ std::string describe(const UsageAlertEvent& event) {
                                                         : "threshold " + std::to_string(*event.percentage());
 }
 
-class UsageAlertEvaluatorCases : public ::testing::TestWithParam<EvaluatorCase> {};
-
-TEST_P(UsageAlertEvaluatorCases, AnnouncesExactlyTheExpectedEvents) {
-    UsageAlertEvaluator evaluator;
-    int index = 0;
-    for (const auto& step : GetParam().steps) {
-        std::vector<UsageAlertSample> samples;
-        if (step.used) {
-            samples.push_back(sample(*step.used, step.resetAt));
+TEST(UsageAlertEvaluator, AnnouncesExactlyTheExpectedEventsStepByStep) {
+    const struct {
+        const char* name;
+        bool notifiesOnReset;
+        std::vector<Step> steps;
+    } cases[] = {
+        {"FirstSightIsSilentThenTheNextThresholdIsAnnounced", false, {{0.8}, {0.92, {}, {"threshold 90"}}}},
+        {"OnlyTheHighestOfSeveralCrossedThresholds", false, {{0.4}, {0.96, {}, {"threshold 95"}}}},
+        {"EqualityCrosses", false, {{0.49}, {0.5, {}, {"threshold 50"}}}},
+        {"DipWithoutResetKeepsThresholdAcknowledged",
+         true,
+         {{0.45}, {0.6, {}, {"threshold 50"}}, {0.4}, {0.6}}},
+        {"MovedResetTimeIsAResetAndRearmsThresholds",
+         true,
+         {{0.6, 100}, {0.1, 200, {"reset"}}, {0.5, 200, {"threshold 50"}}}},
+        {"ResetRearmsEvenWhenResetsAreNotAnnounced",
+         false,
+         {{0.6, 100}, {0.1, 200}, {0.5, 200, {"threshold 50"}}}},
+        {"ResetSampleAnnouncesNoThresholdAndAcknowledgesWhatItExceeds",
+         true,
+         {{0.6, 100}, {0.96, 200, {"reset"}}, {0.97, 200}}},
+        {"DropFromTwentyFivePercentToFiveIsAReset", true, {{0.25, 100}, {0.05, 100, {"reset"}}}},
+        {"DropFromNineteenPercentIsNoReset", true, {{0.19, 100}, {0.0, 100}}},
+        {"DisappearingResetTimeIsNoResetByTime", true, {{0.6, 100}, {0.3}, {0.5}}},
+        {"DisappearingResetTimeStillAllowsTheDropRule", true, {{0.6, 100}, {0.02, {}, {"reset"}}}},
+        {"SwitchingOffAndOnStartsFromFirstSight",
+         false,
+         {{0.45}, {0.8, {}, {"threshold 75"}}, {0.8, {}, {}, false}, {0.8}, {0.92, {}, {"threshold 90"}}}},
+        {"WindowMissingFromARefreshIsSeenAfreshAfterwards",
+         false,
+         {{0.45}, {std::nullopt}, {0.8}, {0.92, {}, {"threshold 90"}}}},
+        {"OnlyEnabledThresholdsAreAnnounced",
+         false,
+         {{0.4, {}, {}, true, {0.5, 0.95}}, {0.92, {}, {"threshold 50"}, true, {0.5, 0.95}}}},
+        {"ThresholdSwitchedOnBelowTheLastValueIsNotAnnounced",
+         false,
+         {{0.45, {}, {}, true, {0.75}}, {0.6, {}, {}, true, {0.75}}, {0.7}}},
+    };
+    for (const auto& [name, notifiesOnReset, steps] : cases) {
+        UsageAlertEvaluator evaluator;
+        for (std::size_t index = 0; index < steps.size(); ++index) {
+            SCOPED_TRACE(std::string(name) + ", step " + std::to_string(index));
+            const auto& step = steps[index];
+            std::vector<UsageAlertSample> samples;
+            if (step.used) {
+                samples.push_back(sample(*step.used, step.resetAt));
+            }
+            std::vector<std::string> events;
+            for (const auto& event :
+                 evaluator.evaluate(samples, step.enabled, step.thresholds, notifiesOnReset)) {
+                EXPECT_EQ(event.sample(), samples.front());
+                events.push_back(describe(event));
+            }
+            EXPECT_EQ(events, step.expected);
         }
-        std::vector<std::string> events;
-        for (const auto& event :
-             evaluator.evaluate(samples, step.enabled, step.thresholds, GetParam().notifiesOnReset)) {
-            EXPECT_EQ(event.sample(), samples.front());
-            events.push_back(describe(event));
-        }
-        EXPECT_EQ(events, step.expected) << "step " << index;
-        ++index;
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Steps, UsageAlertEvaluatorCases,
-    ::testing::Values(
-        EvaluatorCase{"FirstSightIsSilentThenTheNextThresholdIsAnnounced",
-                      false,
-                      {{0.8}, {0.92, std::nullopt, {"threshold 90"}}}},
-        EvaluatorCase{"OnlyTheHighestOfSeveralCrossedThresholds",
-                      false,
-                      {{0.4}, {0.96, std::nullopt, {"threshold 95"}}}},
-        EvaluatorCase{"EqualityCrosses", false, {{0.49}, {0.5, std::nullopt, {"threshold 50"}}}},
-        EvaluatorCase{"DipWithoutResetKeepsThresholdAcknowledged",
-                      true,
-                      {{0.45}, {0.6, std::nullopt, {"threshold 50"}}, {0.4}, {0.6}}},
-        EvaluatorCase{"MovedResetTimeIsAResetAndRearmsThresholds",
-                      true,
-                      {{0.6, 100}, {0.1, 200, {"reset"}}, {0.5, 200, {"threshold 50"}}}},
-        EvaluatorCase{"ResetRearmsEvenWhenResetsAreNotAnnounced",
-                      false,
-                      {{0.6, 100}, {0.1, 200}, {0.5, 200, {"threshold 50"}}}},
-        EvaluatorCase{"ResetSampleAnnouncesNoThresholdAndAcknowledgesWhatItExceeds",
-                      true,
-                      {{0.6, 100}, {0.96, 200, {"reset"}}, {0.97, 200}}},
-        EvaluatorCase{"DropFromTwentyFivePercentToFiveIsAReset", true, {{0.25, 100}, {0.05, 100, {"reset"}}}},
-        EvaluatorCase{"DropFromNineteenPercentIsNoReset", true, {{0.19, 100}, {0.0, 100}}},
-        EvaluatorCase{"DisappearingResetTimeIsNoResetByTime", true, {{0.6, 100}, {0.3}, {0.5}}},
-        EvaluatorCase{"DisappearingResetTimeStillAllowsTheDropRule",
-                      true,
-                      {{0.6, 100}, {0.02, std::nullopt, {"reset"}}}},
-        EvaluatorCase{"SwitchingOffAndOnStartsFromFirstSight",
-                      false,
-                      {{0.45},
-                       {0.8, std::nullopt, {"threshold 75"}},
-                       {0.8, std::nullopt, {}, false},
-                       {0.8},
-                       {0.92, std::nullopt, {"threshold 90"}}}},
-        EvaluatorCase{"WindowMissingFromARefreshIsSeenAfreshAfterwards",
-                      false,
-                      {{0.45}, {std::nullopt}, {0.8}, {0.92, std::nullopt, {"threshold 90"}}}},
-        EvaluatorCase{"OnlyEnabledThresholdsAreAnnounced",
-                      false,
-                      {{0.4, std::nullopt, {}, true, {0.5, 0.95}},
-                       {0.92, std::nullopt, {"threshold 50"}, true, {0.5, 0.95}}}},
-        EvaluatorCase{
-            "ThresholdSwitchedOnBelowTheLastValueIsNotAnnounced",
-            false,
-            {{0.45, std::nullopt, {}, true, {0.75}}, {0.6, std::nullopt, {}, true, {0.75}}, {0.7}}}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 TEST(UsageAlertEvaluator, TracksWindowsPerProviderAndBucketAndKeepsSampleOrder) {
     UsageAlertEvaluator evaluator;

@@ -1,7 +1,7 @@
 #include "GaugewellUI/Model/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "QtTestSupport.h"
-#include "RecordFixtures.h"
+#include "ViewStateFixtures.h"
 
 #include <QPromise>
 #include <QRegularExpression>
@@ -43,27 +43,37 @@ public:
     }
 };
 
+using testing::viewState;
+
+// A window with a fixed reset time, so only the drop in use can make a reset.
 UsageWindowSample window(std::string bucket, UsageWindowKind kind, std::optional<std::string> used,
-                         std::optional<std::string> bucketName = std::nullopt,
-                         std::optional<std::string> modelID = std::nullopt, double observedAt = 1000) {
-    return UsageWindowSample("w-" + bucket, testing::fixedConnectionID(), bucket, std::move(bucketName), kind,
-                             std::move(modelID), testing::referencePlus(observedAt), std::nullopt,
-                             std::nullopt, std::nullopt, std::nullopt, testing::referencePlus(5000),
-                             used ? Decimal::parse(*used) : std::nullopt, Decimal::parse("0.5"), std::nullopt,
-                             std::nullopt, std::nullopt, MeasurementAuthority::vendorAuthoritative,
-                             MeasurementConfidence::exact, MeasurementCoverage::account,
-                             MeasurementFreshness::live, testing::testSource(), std::nullopt);
+                         testing::WindowFields fields = {}) {
+    fields.bucket = std::move(bucket);
+    fields.kind = kind;
+    fields.used = std::move(used);
+    fields.resetAt = 5000;
+    return testing::windowSample(fields);
 }
 
-ProviderViewState provider(ProviderService service, std::vector<UsageWindowSample> windows) {
-    return ProviderViewState{
-        service,
-        ProviderDescriptor(std::string(providerID(service)), std::string(displayName(service)), std::nullopt),
-        ProviderAvailability::availableWithLimitations,
-        {},
-        std::move(windows),
-        {},
-        {}};
+UsageWindowSample session(const char* used) {
+    return window("primary", UsageWindowKind::fiveHour, used);
+}
+
+UsageWindowSample weekly(const char* used) {
+    return window("weekly", UsageWindowKind::sevenDay, used);
+}
+
+std::vector<ProviderViewState> codex(std::vector<UsageWindowSample> windows) {
+    return {viewState(ProviderService::codex, std::move(windows))};
+}
+
+std::vector<std::string> fieldOf(const std::vector<NotificationRequest>& requests,
+                                 std::string NotificationRequest::*field) {
+    std::vector<std::string> values;
+    for (const auto& request : requests) {
+        values.push_back(request.*field);
+    }
+    return values;
 }
 
 class UsageNotificationControllerTest : public ::testing::Test {
@@ -78,18 +88,11 @@ protected:
         ASSERT_EQ(controller.permission(), UsageNotificationPermission::allowed);
     }
 
+    // What one evaluation posted.
     std::vector<NotificationRequest> process(const std::vector<ProviderViewState>& providers) {
         const auto before = backend->posted.size();
         EXPECT_TRUE(testing::waitForFuture(controller.process(providers)));
         return {backend->posted.begin() + static_cast<std::ptrdiff_t>(before), backend->posted.end()};
-    }
-
-    std::vector<std::pair<std::string, std::string>> texts(const std::vector<NotificationRequest>& requests) {
-        std::vector<std::pair<std::string, std::string>> result;
-        for (const auto& request : requests) {
-            result.emplace_back(request.title, request.body);
-        }
-        return result;
     }
 
     std::shared_ptr<FakeNotificationBackend> backend = std::make_shared<FakeNotificationBackend>();
@@ -103,7 +106,7 @@ TEST_F(UsageNotificationControllerTest, WithoutABackendPermissionIsUnavailableAn
     EXPECT_TRUE(testing::waitForFuture(alone.requestPermission()));
     EXPECT_TRUE(testing::waitForFuture(alone.refreshPermission()));
     EXPECT_EQ(alone.permission(), UsageNotificationPermission::unavailable);
-    EXPECT_TRUE(testing::waitForFuture(alone.process({provider(ProviderService::codex, {})})));
+    EXPECT_TRUE(testing::waitForFuture(alone.process(codex({}))));
 }
 
 TEST_F(UsageNotificationControllerTest, PermissionFollowsTheServiceAndRequestingAllows) {
@@ -147,78 +150,65 @@ TEST_F(UsageNotificationControllerTest, AlertsSwitchedOnEarlierStandForConsentOn
 TEST_F(UsageNotificationControllerTest, PostsThresholdAndResetNotificationsWithTheirTexts) {
     defaults->set(UsageNotificationController::windowResetKey, true);
     allow();
-    EXPECT_TRUE(
-        process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.4"),
-                                                   window("weekly", UsageWindowKind::sevenDay, "0.3")}),
-                 provider(ProviderService::claude, {window("opus", UsageWindowKind::modelSpecific, "0.1",
-                                                           std::nullopt, "claude-opus")})})
-            .empty());
-    const auto posted = process(
-        {provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.915"),
-                                           window("weekly", UsageWindowKind::sevenDay, "0.01")}),
-         provider(ProviderService::claude,
-                  {window("opus", UsageWindowKind::modelSpecific, "0.505", std::nullopt, "claude-opus")})});
-    EXPECT_THAT(texts(posted), ElementsAre(std::pair{"Codex reached 90%", "Session has 92% used."},
-                                           std::pair{"Codex limit reset", "Weekly is available again."},
-                                           std::pair{"Claude reached 50%", "claude-opus has 51% used."}));
+    const auto providers = [](const char* sessionUsed, const char* weeklyUsed, const char* opusUsed) {
+        auto both = codex({session(sessionUsed), weekly(weeklyUsed)});
+        both.push_back(viewState(ProviderService::claude, {window("opus", UsageWindowKind::modelSpecific,
+                                                                  opusUsed, {.modelID = "claude-opus"})}));
+        return both;
+    };
+    EXPECT_TRUE(process(providers("0.4", "0.3", "0.1")).empty());
+    const auto posted = process(providers("0.915", "0.01", "0.505"));
+    EXPECT_THAT(fieldOf(posted, &NotificationRequest::title),
+                ElementsAre("Codex reached 90%", "Codex limit reset", "Claude reached 50%"));
+    EXPECT_THAT(
+        fieldOf(posted, &NotificationRequest::body),
+        ElementsAre("Session has 92% used.", "Weekly is available again.", "claude-opus has 51% used."));
     const QRegularExpression identifier(
         QStringLiteral("^usage\\.[0-9A-F]{8}-[0-9A-F]{4}-4[0-9A-F]{3}-[89AB][0-9A-F]{3}-[0-9A-F]{12}$"));
-    std::set<std::string> identifiers;
-    for (const auto& request : posted) {
-        EXPECT_TRUE(identifier.match(QString::fromStdString(request.identifier)).hasMatch())
-            << request.identifier;
-        identifiers.insert(request.identifier);
+    const auto identifiers = fieldOf(posted, &NotificationRequest::identifier);
+    for (const auto& text : identifiers) {
+        EXPECT_TRUE(identifier.match(QString::fromStdString(text)).hasMatch()) << text;
     }
-    EXPECT_EQ(identifiers.size(), posted.size());
+    EXPECT_EQ(std::set(identifiers.begin(), identifiers.end()).size(), posted.size());
 }
 
 TEST_F(UsageNotificationControllerTest, WindowNamesPreferTheBucketNameThenTheKind) {
     allow();
     const auto windows = [](const char* used) {
-        return std::vector{window("a", UsageWindowKind::fiveHour, used, "5h limit"),
-                           window("b", UsageWindowKind::fiveHour, used, ""),
-                           window("c", UsageWindowKind::modelSpecific, used, std::nullopt, ""),
-                           window("d", UsageWindowKind::custom, used),
-                           window("e", UsageWindowKind::unknown, used),
-                           window("f", UsageWindowKind::unknown, std::nullopt)};
+        return codex({window("a", UsageWindowKind::fiveHour, used, {.name = "5h limit"}),
+                      window("b", UsageWindowKind::fiveHour, used, {.name = ""}),
+                      window("c", UsageWindowKind::modelSpecific, used, {.modelID = ""}),
+                      window("d", UsageWindowKind::custom, used), window("e", UsageWindowKind::unknown, used),
+                      // A remaining share alone is not read as use.
+                      window("f", UsageWindowKind::unknown, std::nullopt, {.remaining = "0.5"})});
     };
-    process({provider(ProviderService::codex, windows("0.2"))});
-    std::vector<std::string> bodies;
-    for (const auto& request : process({provider(ProviderService::codex, windows("0.6"))})) {
-        bodies.push_back(request.body);
-    }
-    EXPECT_THAT(bodies, ElementsAre("5h limit has 60% used.", "Session has 60% used.", "Model has 60% used.",
-                                    "Custom has 60% used.", "Window has 60% used."));
+    process(windows("0.2"));
+    EXPECT_THAT(fieldOf(process(windows("0.6")), &NotificationRequest::body),
+                ElementsAre("5h limit has 60% used.", "Session has 60% used.", "Model has 60% used.",
+                            "Custom has 60% used.", "Window has 60% used."));
 }
 
 TEST_F(UsageNotificationControllerTest, OnlyTheLatestSampleOfABucketCounts) {
     allow();
-    process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.3")})});
-    const auto posted = process(
-        {provider(ProviderService::codex,
-                  {window("primary", UsageWindowKind::fiveHour, "0.8", std::nullopt, std::nullopt, 900),
-                   window("primary", UsageWindowKind::fiveHour, "0.55", std::nullopt, std::nullopt, 1100)})});
-    EXPECT_THAT(texts(posted), ElementsAre(std::pair{"Codex reached 50%", "Session has 55% used."}));
+    process(codex({session("0.3")}));
+    const auto posted =
+        process(codex({window("primary", UsageWindowKind::fiveHour, "0.8", {.observedAt = 900}),
+                       window("primary", UsageWindowKind::fiveHour, "0.55", {.observedAt = 1100})}));
+    EXPECT_THAT(fieldOf(posted, &NotificationRequest::body), ElementsAre("Session has 55% used."));
 }
 
 TEST_F(UsageNotificationControllerTest, RefusedPostDoesNotStopTheRestOfTheBatch) {
     allow();
     backend->refusedPosts = {0};
-    const auto windows = [](const char* used) {
-        return std::vector{window("primary", UsageWindowKind::fiveHour, used),
-                           window("weekly", UsageWindowKind::sevenDay, used)};
-    };
-    process({provider(ProviderService::codex, windows("0.1"))});
-    EXPECT_EQ(process({provider(ProviderService::codex, windows("0.8"))}).size(), 2u);
+    const auto windows = [](const char* used) { return codex({session(used), weekly(used)}); };
+    process(windows("0.1"));
+    EXPECT_EQ(process(windows("0.8")).size(), 2u);
     // The refused alert is not retried: the evaluation already counted it.
-    EXPECT_TRUE(process({provider(ProviderService::codex, windows("0.8"))}).empty());
+    EXPECT_TRUE(process(windows("0.8")).empty());
 }
 
 TEST_F(UsageNotificationControllerTest, NothingIsPostedWhenSwitchedOffOrNotAllowed) {
-    const auto at = [](const char* used) {
-        return std::vector{
-            provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, used)})};
-    };
+    const auto at = [](const char* used) { return codex({session(used)}); };
     // Not allowed: the evaluation still moves on, so nothing is announced later for this crossing.
     process(at("0.1"));
     EXPECT_TRUE(process(at("0.6")).empty());
@@ -236,6 +226,10 @@ struct SettingsCase {
     std::vector<std::string> expectedTitles;
 };
 
+void PrintTo(const SettingsCase& settings, std::ostream* out) {
+    *out << settings.name;
+}
+
 class UsageNotificationSettings : public UsageNotificationControllerTest,
                                   public ::testing::WithParamInterface<SettingsCase> {};
 
@@ -245,15 +239,9 @@ TEST_P(UsageNotificationSettings, ChooseTheAnnouncedEvents) {
     }
     allow();
     // 0.3 -> 0.96 (one threshold event: the highest enabled), 0.6 -> 0.01 (a reset).
-    process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.3"),
-                                               window("weekly", UsageWindowKind::sevenDay, "0.6")})});
-    std::vector<std::string> titles;
-    for (const auto& request :
-         process({provider(ProviderService::codex, {window("primary", UsageWindowKind::fiveHour, "0.96"),
-                                                    window("weekly", UsageWindowKind::sevenDay, "0.01")})})) {
-        titles.push_back(request.title);
-    }
-    EXPECT_EQ(titles, GetParam().expectedTitles);
+    process(codex({session("0.3"), weekly("0.6")}));
+    const auto posted = process(codex({session("0.96"), weekly("0.01")}));
+    EXPECT_EQ(fieldOf(posted, &NotificationRequest::title), GetParam().expectedTitles);
 }
 
 INSTANTIATE_TEST_SUITE_P(Keys, UsageNotificationSettings,

@@ -3,7 +3,8 @@
 // Clients of the widget feed for tests: raw loopback sockets driven from a worker thread while the
 // main thread keeps the server's event loop running, and bounded waits on that loop.
 
-#include <QCoreApplication>
+#include "QtTestSupport.h"
+
 #include <QEventLoop>
 #include <QMetaObject>
 #include <QTcpServer>
@@ -28,12 +29,7 @@ namespace gaugewell::testing {
 using namespace std::chrono_literals;
 
 inline void ensureCoreApplication() {
-    static int argc = 1;
-    static char name[] = "GaugewellModelTests";
-    static char* argv[] = {name, nullptr};
-    if (QCoreApplication::instance() == nullptr) {
-        new QCoreApplication(argc, argv); // lives as long as the test process
-    }
+    coreApplication();
     std::signal(SIGPIPE, SIG_IGN);
 }
 
@@ -110,8 +106,7 @@ struct RawExchange {
 };
 
 // Connects, sends `request` in one write (nothing when empty), optionally shuts down its sending side,
-// then reads until the server closes the
-// connection or the deadline passes.
+// then reads until the server closes the connection or the deadline passes.
 inline RawExchange exchange(std::uint16_t port, const std::string& request,
                             std::chrono::milliseconds deadline = 10s, bool halfClose = false) {
     RawExchange result;

@@ -1,3 +1,4 @@
+#include "../GaugewellWidgetSupport/WidgetFeedSamples.h"
 #include "GaugewellUI/Model/WidgetLiveServer.h"
 #include "GaugewellWidgetSupport/WidgetUsageLoader.h"
 #include "WidgetFeedTestSupport.h"
@@ -17,34 +18,14 @@ namespace {
 
 using namespace std::chrono_literals;
 using testing::exchange;
+using testing::sampleWidgetSnapshot;
 using testing::spinUntil;
 using testing::whileServing;
 
-const std::string notFound = "HTTP/1.1 404 Not Found\r\nContent-Type: application/json\r\n"
-                             "Cache-Control: no-store\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
-const std::string serverError = "HTTP/1.1 500 Internal Server Error\r\nContent-Type: application/json\r\n"
-                                "Cache-Control: no-store\r\nContent-Length: 0\r\nConnection: close\r\n\r\n";
+const std::string notFound = testing::widgetFeedResponse("404 Not Found", "");
+const std::string serverError = testing::widgetFeedResponse("500 Internal Server Error", "");
+const std::string served = testing::widgetFeedResponse("200 OK", testing::sampleWidgetJson);
 const std::string getRequest = "GET /widget/v1 HTTP/1.1\r\nHost: 127.0.0.1\r\nAccept: */*\r\n\r\n";
-
-WidgetUsageSnapshot sampleSnapshot() {
-    return WidgetUsageSnapshot(
-        widgetDateFromSecondsSinceReferenceDate(785001234.5),
-        {WidgetProviderUsage(WidgetProviderService::codex, WidgetProviderState::available,
-                             {WidgetWindow("primary", "Five-hour", 0.42,
-                                           widgetDateFromSecondsSinceReferenceDate(785010000))}),
-         WidgetProviderUsage(WidgetProviderService::claude, WidgetProviderState::signInRequired, {})});
-}
-
-const std::string sampleJson =
-    R"({"updatedAt":785001234.5,"providers":[{"service":"codex","state":"available","windows":[{"id":"primary",)"
-    R"("name":"Five-hour","usedFraction":0.42,"resetAt":785010000}]},{"service":"claude","state":"signInRequired",)"
-    R"("windows":[]}]})";
-
-std::string okResponse(const std::string& body) {
-    return "HTTP/1.1 200 OK\r\nContent-Type: application/json\r\nCache-Control: "
-           "no-store\r\nContent-Length: " +
-           std::to_string(body.size()) + "\r\nConnection: close\r\n\r\n" + body;
-}
 
 class WidgetLiveServerTest : public ::testing::Test {
 protected:
@@ -61,7 +42,7 @@ protected:
     WidgetLiveServer::SnapshotSource instantSource() {
         return [this](WidgetLiveServer::SnapshotReply reply) {
             ++snapshotRequests;
-            reply(sampleSnapshot());
+            reply(sampleWidgetSnapshot());
         };
     }
     // Keeps the replies for the test to give later.
@@ -82,8 +63,9 @@ protected:
         return server;
     }
 
-    testing::RawExchange rawExchange(const std::string& request, std::chrono::milliseconds deadline = 10s) {
-        auto result = whileServing([&] { return exchange(port, request, deadline); });
+    testing::RawExchange rawExchange(const std::string& request, std::chrono::milliseconds deadline = 10s,
+                                     bool halfClose = false) {
+        auto result = whileServing([&] { return exchange(port, request, deadline, halfClose); });
         EXPECT_TRUE(result.has_value());
         return result.value_or(testing::RawExchange{});
     }
@@ -112,21 +94,17 @@ protected:
     std::vector<WidgetLiveServer::SnapshotReply> pending;
 };
 
-TEST_F(WidgetLiveServerTest, CurlGetsTheSnapshotJsonInTheExactResponse) {
+TEST_F(WidgetLiveServerTest, CurlGetsTheExactResponseAndTheWidgetLoaderDecodesIt) {
     const auto server = startedServer(instantSource());
     const auto response = curl({url()});
     ASSERT_TRUE(response.has_value());
-    EXPECT_EQ(response->toStdString(), okResponse(sampleJson));
-    EXPECT_EQ(snapshotRequests, 1);
-}
-
-TEST_F(WidgetLiveServerTest, TheWidgetLoaderDecodesWhatIsServed) {
-    const auto server = startedServer(instantSource());
+    EXPECT_EQ(response->toStdString(), served);
     const auto fetched =
         whileServing([] { return fetchWidgetUsageSnapshot(WidgetFeedEndpoint::fromEnvironment()); });
     ASSERT_TRUE(fetched.has_value());
     ASSERT_TRUE(fetched->hasValue());
-    EXPECT_EQ(fetched->value(), sampleSnapshot());
+    EXPECT_EQ(fetched->value(), sampleWidgetSnapshot());
+    EXPECT_EQ(snapshotRequests, 2);
 }
 
 TEST_F(WidgetLiveServerTest, CurlWithAQueryStringOrAnotherMethodGetsNotFound) {
@@ -140,34 +118,37 @@ TEST_F(WidgetLiveServerTest, CurlWithAQueryStringOrAnotherMethodGetsNotFound) {
     EXPECT_EQ(snapshotRequests, 0);
 }
 
-// Each request is the whole first chunk the server sees.
-class WidgetLiveServerNotFoundTest : public WidgetLiveServerTest,
-                                     public ::testing::WithParamInterface<std::string> {};
-
-TEST_P(WidgetLiveServerNotFoundTest, AnswersExactlyTheNotFoundHeadAndCloses) {
+// Each request is the whole first chunk the server sees; only the first request is read.
+TEST_F(WidgetLiveServerTest, RawRequestsGetExactlyOneAnswerAndAreClosed) {
     const auto server = startedServer(instantSource());
-    const auto result = rawExchange(GetParam());
-    EXPECT_TRUE(result.closedByServer);
-    EXPECT_EQ(result.received, notFound);
-    EXPECT_EQ(snapshotRequests, 0);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Requests, WidgetLiveServerNotFoundTest,
-    ::testing::Values("GET /widget/v1?x=1 HTTP/1.1\r\n\r\n", "POST /widget/v1 HTTP/1.1\r\n\r\n",
-                      "get /widget/v1 HTTP/1.1\r\n\r\n", "GET /widget/v10 HTTP/1.1\r\n\r\n",
-                      "GET /wid", // a request line cut shorter than the path
-                      "GET /widget/v1", " GET /widget/v1 HTTP/1.1\r\n\r\n",
-                      std::string("GET /widget/v1 HTTP/1.1\r\nX: \xff\xfe\r\n\r\n"),   // not UTF-8
-                      std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03", 11), // a TLS hello
-                      std::string(3000, '\0'), std::string(4096, 'A')));
-
-TEST_F(WidgetLiveServerTest, ReadsOnlyTheFirstRequestAndAnswersOnce) {
-    const auto server = startedServer(instantSource());
-    const auto result = rawExchange(getRequest + getRequest);
-    EXPECT_TRUE(result.closedByServer);
-    EXPECT_EQ(result.received, okResponse(sampleJson));
-    EXPECT_EQ(snapshotRequests, 1);
+    const struct {
+        const char* name;
+        std::string request;
+        bool halfClose;
+        const std::string& expected;
+    } cases[] = {
+        {"QueryString", "GET /widget/v1?x=1 HTTP/1.1\r\n\r\n", false, notFound},
+        {"Post", "POST /widget/v1 HTTP/1.1\r\n\r\n", false, notFound},
+        {"LowerCaseMethod", "get /widget/v1 HTTP/1.1\r\n\r\n", false, notFound},
+        {"LongerPath", "GET /widget/v10 HTTP/1.1\r\n\r\n", false, notFound},
+        {"CutBeforeThePathEnds", "GET /wid", false, notFound},
+        {"NoVersion", "GET /widget/v1", false, notFound},
+        {"LeadingSpace", " GET /widget/v1 HTTP/1.1\r\n\r\n", false, notFound},
+        {"NotUtf8", "GET /widget/v1 HTTP/1.1\r\nX: \xff\xfe\r\n\r\n", false, notFound},
+        {"TlsHello", std::string("\x16\x03\x01\x02\x00\x01\x00\x01\xfc\x03\x03", 11), false, notFound},
+        {"Zeros", std::string(3000, '\0'), false, notFound},
+        {"NoLineEnd", std::string(4096, 'A'), false, notFound},
+        {"NothingBeforeTheClientsEnd", "", true, notFound},
+        {"TwoRequests", getRequest + getRequest, false, served},
+    };
+    for (const auto& [name, request, halfClose, expected] : cases) {
+        SCOPED_TRACE(name);
+        const int before = snapshotRequests;
+        const auto result = rawExchange(request, 10s, halfClose);
+        EXPECT_TRUE(result.closedByServer);
+        EXPECT_EQ(result.received, expected);
+        EXPECT_EQ(snapshotRequests - before, expected == served ? 1 : 0);
+    }
 }
 
 TEST_F(WidgetLiveServerTest, AnswersAClientThatStoppedSendingAfterItsRequest) {
@@ -177,52 +158,42 @@ TEST_F(WidgetLiveServerTest, AnswersAClientThatStoppedSendingAfterItsRequest) {
     const bool asked = spinUntil([&] { return pending.size() == 1; });
     if (asked) {
         // Later than the half-close has certainly arrived: it must not end the connection.
-        QTimer::singleShot(100ms, [&] { pending.front()(sampleSnapshot()); });
+        QTimer::singleShot(100ms, [&] { pending.front()(sampleWidgetSnapshot()); });
     }
     spinUntil([&] { return pending.size() == 1 && server->openConnectionCount() == 0; });
     client.join();
     ASSERT_TRUE(asked);
-    EXPECT_EQ(result->received, okResponse(sampleJson));
+    EXPECT_EQ(result->received, served);
 }
 
-TEST_F(WidgetLiveServerTest, AnswersNotFoundToAClientThatSentNothingBeforeItsEnd) {
-    const auto server = startedServer(instantSource());
-    const auto result = whileServing([&] { return exchange(port, {}, 10s, true); });
-    EXPECT_EQ(result->received, notFound);
-}
-
-TEST_F(WidgetLiveServerTest, AnswersServerErrorWithoutASnapshot) {
-    for (WidgetLiveServer::SnapshotSource source :
-         {WidgetLiveServer::SnapshotSource{},
-          WidgetLiveServer::SnapshotSource([](auto reply) { reply(std::nullopt); })}) {
+TEST_F(WidgetLiveServerTest, AnswersServerErrorWithoutASnapshotAndIgnoresASecondReply) {
+    const std::pair<WidgetLiveServer::SnapshotSource, std::string> cases[] = {
+        {{}, serverError},
+        {[](auto reply) { reply(std::nullopt); }, serverError},
+        {[](auto reply) {
+             reply(sampleWidgetSnapshot());
+             reply(std::nullopt);
+         },
+         served},
+    };
+    for (const auto& [source, expected] : cases) {
         const auto server = startedServer(source);
-        EXPECT_EQ(rawExchange(getRequest).received, serverError);
+        EXPECT_EQ(rawExchange(getRequest).received, expected);
     }
 }
 
-TEST_F(WidgetLiveServerTest, ASecondReplyForTheSameRequestIsIgnored) {
-    const auto server = startedServer([](auto reply) {
-        reply(sampleSnapshot());
-        reply(std::nullopt);
-    });
-    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
-}
-
-TEST_F(WidgetLiveServerTest, WaitsForASlowSnapshotBeyondTheIdleTimeout) {
+TEST_F(WidgetLiveServerTest, TheIdleTimeoutEndsASilentConnectionButNotOneWaitingForItsSnapshot) {
     const auto server = startedServer(deferredSource(), 100ms);
+    const auto silent = rawExchange({}, 10s);
+    EXPECT_TRUE(silent.closedByServer);
+    EXPECT_EQ(silent.received, "");
+    EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
+
     QTimer::singleShot(600ms, [&] {
         ASSERT_EQ(pending.size(), 1u);
-        pending.front()(sampleSnapshot());
+        pending.front()(sampleWidgetSnapshot());
     });
-    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
-}
-
-TEST_F(WidgetLiveServerTest, ClosesASilentConnectionAfterTheIdleTimeout) {
-    const auto server = startedServer(instantSource(), 200ms);
-    const auto result = rawExchange({}, 10s);
-    EXPECT_TRUE(result.closedByServer);
-    EXPECT_EQ(result.received, "");
-    EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
+    EXPECT_EQ(rawExchange(getRequest).received, served);
 }
 
 TEST_F(WidgetLiveServerTest, HoldsConnectionsBeyondTheCapUntilASlotFrees) {
@@ -239,7 +210,7 @@ TEST_F(WidgetLiveServerTest, HoldsConnectionsBeyondTheCapUntilASlotFrees) {
     EXPECT_EQ(server->openConnectionCount(), 2u);
 
     ::close(first);
-    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+    EXPECT_EQ(rawExchange(getRequest).received, served);
     ::close(second);
 }
 
@@ -284,7 +255,7 @@ TEST_F(WidgetLiveServerTest, StaysResponsiveAfterAThousandConnectionsAtOnce) {
     EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
     const auto response = curl({url()});
     ASSERT_TRUE(response.has_value());
-    EXPECT_EQ(response->toStdString(), okResponse(sampleJson));
+    EXPECT_EQ(response->toStdString(), served);
 }
 
 // Qt stops accepting for good after an accept fails for want of descriptors.
@@ -345,18 +316,10 @@ TEST_F(WidgetLiveServerTest, AcceptsAgainAfterRunningOutOfDescriptors) {
     EXPECT_TRUE(lowerable);
     EXPECT_TRUE(sawFailure);
     ASSERT_TRUE(result.has_value());
-    EXPECT_EQ(result->received, okResponse(sampleJson));
+    EXPECT_EQ(result->received, served);
 }
 
-TEST_F(WidgetLiveServerTest, StartingTwiceKeepsServingOnOneListener) {
-    const auto server = startedServer(instantSource());
-    server->start();
-    EXPECT_TRUE(server->isListening());
-    EXPECT_FALSE(server->lastError().has_value());
-    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
-}
-
-TEST_F(WidgetLiveServerTest, ATakenPortLeavesTheServerQuietlyNotListeningUntilStartedAgain) {
+TEST_F(WidgetLiveServerTest, ATakenPortLeavesTheServerNotListeningAndStartingTwiceKeepsOneListener) {
     auto blocker = std::make_unique<QTcpServer>();
     ASSERT_TRUE(blocker->listen(QHostAddress::LocalHost, port));
     WidgetLiveServer server(instantSource());
@@ -365,10 +328,13 @@ TEST_F(WidgetLiveServerTest, ATakenPortLeavesTheServerQuietlyNotListeningUntilSt
     EXPECT_EQ(server.lastError(), WidgetLiveServerError::addressInUse);
 
     blocker.reset();
-    server.start();
-    EXPECT_TRUE(server.isListening());
-    EXPECT_FALSE(server.lastError().has_value());
-    EXPECT_EQ(rawExchange(getRequest).received, okResponse(sampleJson));
+    for (int start = 0; start < 2; ++start) { // the second start keeps the listener it has
+        server.start();
+        EXPECT_TRUE(server.isListening());
+        EXPECT_FALSE(server.lastError().has_value());
+        EXPECT_EQ(server.findChildren<QTcpServer*>().size(), 1);
+        EXPECT_EQ(rawExchange(getRequest).received, served);
+    }
 }
 
 TEST_F(WidgetLiveServerTest, StopClosesTheListenerButAnswersTheRequestInFlight) {
@@ -380,12 +346,12 @@ TEST_F(WidgetLiveServerTest, StopClosesTheListenerButAnswersTheRequestInFlight) 
     EXPECT_FALSE(server->isListening());
     EXPECT_EQ(testing::connectToLoopback(port), -1);
     if (asked) {
-        pending.front()(sampleSnapshot());
+        pending.front()(sampleWidgetSnapshot());
     }
     spinUntil([&] { return server->openConnectionCount() == 0; });
     client.join();
     ASSERT_TRUE(asked);
-    EXPECT_EQ(inFlight->received, okResponse(sampleJson));
+    EXPECT_EQ(inFlight->received, served);
 }
 
 TEST_F(WidgetLiveServerTest, AReplyAfterTheClientOrTheServerHasGoneEndsQuietly) {
@@ -393,7 +359,7 @@ TEST_F(WidgetLiveServerTest, AReplyAfterTheClientOrTheServerHasGoneEndsQuietly) 
     // The client gives up before the snapshot is ready; the late reply still ends its connection.
     EXPECT_EQ(rawExchange(getRequest, 200ms).received, "");
     ASSERT_EQ(pending.size(), 1u);
-    pending[0](sampleSnapshot());
+    pending[0](sampleWidgetSnapshot());
     EXPECT_TRUE(spinUntil([&] { return server->openConnectionCount() == 0; }));
 
     std::optional<testing::RawExchange> result;
@@ -401,7 +367,7 @@ TEST_F(WidgetLiveServerTest, AReplyAfterTheClientOrTheServerHasGoneEndsQuietly) 
     const bool asked = spinUntil([&] { return pending.size() == 2; });
     server.reset();
     if (asked) {
-        pending[1](sampleSnapshot());
+        pending[1](sampleWidgetSnapshot());
     }
     client.join();
     ASSERT_TRUE(asked);

@@ -1,4 +1,5 @@
 #include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
+#include "WidgetFeedSamples.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -10,56 +11,33 @@ WidgetDate reference(double seconds) {
     return widgetDateFromSecondsSinceReferenceDate(seconds);
 }
 
-WidgetUsageSnapshot exampleSnapshot() {
-    return WidgetUsageSnapshot(
-        reference(785001234.5),
-        {WidgetProviderUsage(WidgetProviderService::codex, WidgetProviderState::available,
-                             {WidgetWindow("primary", "Five-hour", 0.42, reference(785010000))}),
-         WidgetProviderUsage(WidgetProviderService::claude, WidgetProviderState::signInRequired, {})});
-}
-
-const std::string exampleJson =
-    R"({"updatedAt":785001234.5,"providers":[{"service":"codex","state":"available","windows":)"
-    R"([{"id":"primary","name":"Five-hour","usedFraction":0.42,"resetAt":785010000}]},)"
-    R"({"service":"claude","state":"signInRequired","windows":[]}]})";
-
 TEST(WidgetRecordJson, SnapshotBytesAndRoundTrip) {
-    EXPECT_EQ(exampleSnapshot().json(), exampleJson);
-    const auto decoded = WidgetUsageSnapshot::decode(exampleJson);
+    EXPECT_EQ(testing::sampleWidgetSnapshot().json(), testing::sampleWidgetJson);
+    const auto decoded = WidgetUsageSnapshot::decode(testing::sampleWidgetJson);
     ASSERT_TRUE(decoded);
-    EXPECT_EQ(*decoded, exampleSnapshot());
+    EXPECT_EQ(*decoded, testing::sampleWidgetSnapshot());
 }
 
-TEST(WidgetRecordJson, AbsentResetAtIsLeftOut) {
-    EXPECT_EQ(WidgetWindow("seven_day", "Weekly", 1, std::nullopt).json(),
-              R"({"id":"seven_day","name":"Weekly","usedFraction":1})");
+TEST(WidgetRecordJson, NumbersAreClampedAndWrittenPlainlyAndAnAbsentResetIsLeftOut) {
+    const struct {
+        double usedFraction;
+        std::optional<double> resetSeconds;
+        std::string expected;
+    } cases[] = {
+        {1, std::nullopt, R"("usedFraction":1)"},
+        {1.2, 800000000, R"("usedFraction":1,"resetAt":800000000)"},
+        {-0.1, 0, R"("usedFraction":0,"resetAt":0)"},
+        {-0.0, 0.25, R"("usedFraction":0,"resetAt":0.25)"},
+        {std::nan(""), 1, R"("usedFraction":0,"resetAt":1)"},
+        {0.7, 785001234.125, R"("usedFraction":0.7,"resetAt":785001234.125)"},
+        {0.3, -1.5, R"("usedFraction":0.3,"resetAt":-1.5)"}, // before the reference date
+        {1e-7, 60, R"("usedFraction":1e-07,"resetAt":60)"},
+    };
+    for (const auto& [used, reset, expected] : cases) {
+        const WidgetWindow window("w", "W", used, reset ? std::optional(reference(*reset)) : std::nullopt);
+        EXPECT_EQ(window.json(), R"({"id":"w","name":"W",)" + expected + "}");
+    }
 }
-
-struct NumberCase {
-    std::string name;
-    double usedFraction;
-    double resetSeconds;
-    std::string expected;
-};
-
-class WidgetNumbers : public ::testing::TestWithParam<NumberCase> {};
-
-TEST_P(WidgetNumbers, AreClampedAndWrittenPlainly) {
-    const WidgetWindow window("w", "W", GetParam().usedFraction, reference(GetParam().resetSeconds));
-    EXPECT_EQ(window.json(), R"({"id":"w","name":"W",)" + GetParam().expected + "}");
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, WidgetNumbers,
-    ::testing::Values(NumberCase{"AboveOneIsOne", 1.2, 800000000, R"("usedFraction":1,"resetAt":800000000)"},
-                      NumberCase{"NegativeIsZero", -0.1, 0, R"("usedFraction":0,"resetAt":0)"},
-                      NumberCase{"NegativeZeroIsZero", -0.0, 0.25, R"("usedFraction":0,"resetAt":0.25)"},
-                      NumberCase{"NotANumberIsZero", std::nan(""), 1, R"("usedFraction":0,"resetAt":1)"},
-                      NumberCase{"ShortestFraction", 0.7, 785001234.125,
-                                 R"("usedFraction":0.7,"resetAt":785001234.125)"},
-                      NumberCase{"BeforeTheReferenceDate", 0.3, -1.5, R"("usedFraction":0.3,"resetAt":-1.5)"},
-                      NumberCase{"TinyShareStaysExact", 1e-7, 60, R"("usedFraction":1e-07,"resetAt":60)"}),
-    [](const auto& info) { return info.param.name; });
 
 TEST(WidgetRecordJson, StringsAreEscapedAndKeptValid) {
     const WidgetWindow window("a\"b\\c/d", "Wöchentlich\n\x01", 0.5, std::nullopt);
@@ -89,65 +67,50 @@ TEST(WidgetRecordJson, DecodingIsLenientWhereTheFormatAllows) {
                                         WidgetWindow("weekly", "Weekly", 0, reference(100))})}));
 }
 
-struct DecodingCase {
-    std::string name;
-    std::string json;
-    WidgetSnapshotDecodingError expected;
-};
-
-class WidgetDecodingFailures : public ::testing::TestWithParam<DecodingCase> {};
-
-TEST_P(WidgetDecodingFailures, ReportTheDecodersError) {
-    const auto decoded = WidgetUsageSnapshot::decode(GetParam().json);
-    ASSERT_FALSE(decoded);
-    EXPECT_EQ(decoded.error(), GetParam().expected);
+TEST(WidgetRecordJson, DecodingFailuresReportTheDecodersError) {
+    using enum WidgetSnapshotDecodingError;
+    const auto withProvider = [](const std::string& provider) {
+        return R"({"updatedAt":1,"providers":[)" + provider + "]}";
+    };
+    const auto withCodexWindows = [&](const std::string& windows) {
+        return withProvider(R"({"service":"codex","state":"available","windows":[)" + windows + "]}");
+    };
+    const struct {
+        const char* name;
+        std::string json;
+        WidgetSnapshotDecodingError expected;
+    } cases[] = {
+        {"Empty", "", malformedJSON},
+        {"NotJson", "<html>", malformedJSON},
+        {"TrailingGarbage", R"({"updatedAt":1,"providers":[]} x)", malformedJSON},
+        {"NotUtf8", "{\"updatedAt\":1,\"providers\":[],\"x\":\"\xff\"}", malformedJSON},
+        {"DeeplyNested", std::string(100000, '[') + std::string(100000, ']'), malformedJSON},
+        {"TopLevelArray", "[]", wrongType},
+        {"MissingUpdatedAt", R"({"providers":[]})", missingKey},
+        {"MissingProviders", R"({"updatedAt":1})", missingKey},
+        {"NullUpdatedAt", R"({"updatedAt":null,"providers":[]})", wrongType},
+        {"DateAsText", R"({"updatedAt":"2026-01-01","providers":[]})", wrongType},
+        {"UnknownService", withProvider(R"({"service":"gemini","state":"available","windows":[]})"),
+         unknownValue},
+        {"ServiceIsCaseSensitive", withProvider(R"({"service":"Codex","state":"available","windows":[]})"),
+         unknownValue},
+        {"UnknownState", withProvider(R"({"service":"codex","state":"signedOut","windows":[]})"),
+         unknownValue},
+        {"MissingWindows", withProvider(R"({"service":"codex","state":"available"})"), missingKey},
+        {"WindowWithoutFraction", withCodexWindows(R"({"id":"p","name":"P"})"), missingKey},
+        {"FractionAsText", withCodexWindows(R"({"id":"p","name":"P","usedFraction":"0.1"})"), wrongType},
+        {"ResetAsBoolean", withCodexWindows(R"({"id":"p","name":"P","usedFraction":0.1,"resetAt":true})"),
+         wrongType},
+        {"OneBadWindowSpoilsAll", withCodexWindows(R"({"id":"p","name":"P","usedFraction":0.1},7)"),
+         wrongType},
+    };
+    for (const auto& [name, json, expected] : cases) {
+        SCOPED_TRACE(name);
+        const auto decoded = WidgetUsageSnapshot::decode(json);
+        ASSERT_FALSE(decoded);
+        EXPECT_EQ(decoded.error(), expected);
+    }
 }
-
-using enum WidgetSnapshotDecodingError;
-
-const std::string window = R"({"id":"p","name":"P","usedFraction":0.1})";
-
-std::string withProvider(const std::string& provider) {
-    return R"({"updatedAt":1,"providers":[)" + provider + "]}";
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, WidgetDecodingFailures,
-    ::testing::Values(
-        DecodingCase{"Empty", "", malformedJSON}, DecodingCase{"NotJson", "<html>", malformedJSON},
-        DecodingCase{"TrailingGarbage", R"({"updatedAt":1,"providers":[]} x)", malformedJSON},
-        DecodingCase{"NotUtf8", "{\"updatedAt\":1,\"providers\":[],\"x\":\"\xff\"}", malformedJSON},
-        DecodingCase{"DeeplyNested", std::string(100000, '[') + std::string(100000, ']'), malformedJSON},
-        DecodingCase{"TopLevelArray", "[]", wrongType},
-        DecodingCase{"MissingUpdatedAt", R"({"providers":[]})", missingKey},
-        DecodingCase{"MissingProviders", R"({"updatedAt":1})", missingKey},
-        DecodingCase{"NullUpdatedAt", R"({"updatedAt":null,"providers":[]})", wrongType},
-        DecodingCase{"DateAsText", R"({"updatedAt":"2026-01-01","providers":[]})", wrongType},
-        DecodingCase{"UnknownService",
-                     withProvider(R"({"service":"gemini","state":"available","windows":[]})"), unknownValue},
-        DecodingCase{"ServiceIsCaseSensitive",
-                     withProvider(R"({"service":"Codex","state":"available","windows":[]})"), unknownValue},
-        DecodingCase{"UnknownState", withProvider(R"({"service":"codex","state":"signedOut","windows":[]})"),
-                     unknownValue},
-        DecodingCase{"MissingWindows", withProvider(R"({"service":"codex","state":"available"})"),
-                     missingKey},
-        DecodingCase{
-            "WindowWithoutFraction",
-            withProvider(R"({"service":"codex","state":"available","windows":[{"id":"p","name":"P"}]})"),
-            missingKey},
-        DecodingCase{"FractionAsText",
-                     withProvider(R"({"service":"codex","state":"available","windows":[)"
-                                  R"({"id":"p","name":"P","usedFraction":"0.1"}]})"),
-                     wrongType},
-        DecodingCase{"ResetAsBoolean",
-                     withProvider(R"({"service":"codex","state":"available","windows":[)"
-                                  R"({"id":"p","name":"P","usedFraction":0.1,"resetAt":true}]})"),
-                     wrongType},
-        DecodingCase{
-            "OneBadWindowSpoilsAll",
-            withProvider(R"({"service":"codex","state":"available","windows":[)" + window + R"(,7]})"),
-            wrongType}),
-    [](const auto& info) { return info.param.name; });
 
 } // namespace
 } // namespace gaugewell

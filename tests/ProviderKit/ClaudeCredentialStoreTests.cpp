@@ -18,19 +18,13 @@ protected:
     ClaudeCredentialStore store{secrets};
 };
 
-TEST_F(ClaudeCredentialStoreTest, UsesTheApplicationsServiceAndAccount) {
+TEST_F(ClaudeCredentialStoreTest, StoresExactlyTheFourKeysUnderTheApplicationsServiceAndAccount) {
     EXPECT_EQ(store.service(), "app.gaugewell.claude.oauth");
     EXPECT_EQ(store.account(), "primary");
     ASSERT_TRUE(store.save(sampleCredential()).hasValue());
-    EXPECT_TRUE(secrets->load("app.gaugewell.claude.oauth", "primary").secret.has_value());
-}
-
-TEST_F(ClaudeCredentialStoreTest, StoredFormHasExactlyTheFourKeys) {
-    ASSERT_TRUE(store.save(sampleCredential()).hasValue());
-    const auto stored = secrets->load(store.service(), store.account()).secret;
-    ASSERT_TRUE(stored.has_value());
-    EXPECT_EQ(*stored, R"({"accessToken":"access-1","refreshToken":"refresh-1","expiresAt":1000.5,)"
-                       R"("scopes":["user:profile","x"]})");
+    EXPECT_EQ(secrets->load("app.gaugewell.claude.oauth", "primary").secret,
+              R"({"accessToken":"access-1","refreshToken":"refresh-1","expiresAt":1000.5,)"
+              R"("scopes":["user:profile","x"]})");
 }
 
 TEST_F(ClaudeCredentialStoreTest, RoundTripsAndReplaces) {

@@ -7,21 +7,22 @@
 namespace gaugewell {
 namespace {
 
-TEST(ClaudeEndpoints, ProductionHostsAndFixedPaths) {
-    const auto endpoints = ClaudeEndpoints::production();
-    EXPECT_EQ(endpoints.authorizeURL(), "https://claude.com/cai/oauth/authorize");
-    EXPECT_EQ(endpoints.tokenURL(), "https://platform.claude.com/v1/oauth/token");
-    EXPECT_EQ(endpoints.revocationURL(), "https://platform.claude.com/v1/oauth/token/revoke");
-    EXPECT_EQ(endpoints.successPageURL(), "https://platform.claude.com/oauth/code/success?app=claude-code");
-    EXPECT_EQ(endpoints.usageURL(), "https://api.anthropic.com/api/oauth/usage");
+std::vector<std::string> urls(const ClaudeEndpoints& endpoints) {
+    return {endpoints.authorizeURL(), endpoints.tokenURL(), endpoints.revocationURL(),
+            endpoints.successPageURL(), endpoints.usageURL()};
 }
 
-TEST(ClaudeEndpoints, MissingOrEmptyVariablesKeepTheDefaults) {
+TEST(ClaudeEndpoints, ProductionHostsAreKeptWhenVariablesAreMissingOrEmpty) {
+    const std::vector<std::string> production{
+        "https://claude.com/cai/oauth/authorize", "https://platform.claude.com/v1/oauth/token",
+        "https://platform.claude.com/v1/oauth/token/revoke",
+        "https://platform.claude.com/oauth/code/success?app=claude-code",
+        "https://api.anthropic.com/api/oauth/usage"};
+    EXPECT_EQ(urls(ClaudeEndpoints::production()), production);
     const auto endpoints =
         ClaudeEndpoints::fromEnvironment({{"GAUGEWELL_CLAUDE_API_URL", ""}, {"HOME", "/x"}});
     ASSERT_TRUE(endpoints.hasValue());
-    EXPECT_EQ(endpoints->usageURL(), "https://api.anthropic.com/api/oauth/usage");
-    EXPECT_EQ(endpoints->authorizeURL(), "https://claude.com/cai/oauth/authorize");
+    EXPECT_EQ(urls(*endpoints), production);
 }
 
 TEST(ClaudeEndpoints, EachVariableReplacesItsOwnBase) {
@@ -31,10 +32,12 @@ TEST(ClaudeEndpoints, EachVariableReplacesItsOwnBase) {
         {"GAUGEWELL_CLAUDE_API_URL", "https://api.example.test"},
     });
     ASSERT_TRUE(endpoints.hasValue());
-    EXPECT_EQ(endpoints->authorizeURL(), "http://127.0.0.1:8001/cai/oauth/authorize");
-    EXPECT_EQ(endpoints->tokenURL(), "http://localhost:8002/prefix/v1/oauth/token");
-    EXPECT_EQ(endpoints->successPageURL(), "http://localhost:8002/prefix/oauth/code/success?app=claude-code");
-    EXPECT_EQ(endpoints->usageURL(), "https://api.example.test/api/oauth/usage");
+    EXPECT_EQ(urls(*endpoints),
+              (std::vector<std::string>{"http://127.0.0.1:8001/cai/oauth/authorize",
+                                        "http://localhost:8002/prefix/v1/oauth/token",
+                                        "http://localhost:8002/prefix/v1/oauth/token/revoke",
+                                        "http://localhost:8002/prefix/oauth/code/success?app=claude-code",
+                                        "https://api.example.test/api/oauth/usage"}));
 }
 
 struct BaseCase {
@@ -83,16 +86,12 @@ TEST(ClaudeEndpoints, ErrorsNameTheirVariable) {
 }
 
 TEST(HttpUrl, LoopbackHostsAreRecognisedStrictly) {
-    EXPECT_TRUE(isLoopbackHost("127.0.0.1"));
-    EXPECT_TRUE(isLoopbackHost("127.255.255.254"));
-    EXPECT_TRUE(isLoopbackHost("Localhost"));
-    EXPECT_TRUE(isLoopbackHost("[::1]"));
-    EXPECT_FALSE(isLoopbackHost("127.1"));
-    EXPECT_FALSE(isLoopbackHost("0x7f.0.0.1"));
-    EXPECT_FALSE(isLoopbackHost("::1"));
-    EXPECT_FALSE(isLoopbackHost("[::ffff:8.8.8.8]"));
-    EXPECT_FALSE(isLoopbackHost("localhost."));
-    EXPECT_FALSE(isLoopbackHost(""));
+    for (const char* host : {"127.0.0.1", "127.255.255.254", "Localhost", "[::1]"}) {
+        EXPECT_TRUE(isLoopbackHost(host)) << host;
+    }
+    for (const char* host : {"127.1", "0x7f.0.0.1", "::1", "[::ffff:8.8.8.8]", "localhost.", ""}) {
+        EXPECT_FALSE(isLoopbackHost(host)) << host;
+    }
 }
 
 } // namespace

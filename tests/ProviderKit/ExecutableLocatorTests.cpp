@@ -52,21 +52,21 @@ TEST_F(ExecutableLocatorTest, NoNodeVersionManagerMeansNoCandidates) {
     EXPECT_TRUE(locator.nodeVersionManagerCandidates(home.path(), "codex").empty());
 }
 
+TEST_F(ExecutableLocatorTest, ConfiguredComesFirstThenCandidatesThenPath) {
+    const auto configured = executable("configured/codex");
+    const auto candidate = executable("candidate/codex");
+    const auto onPath = executable("bin/codex");
+    const Environment path{{"PATH", (home / "bin").string()}};
+    EXPECT_EQ(locator.locate(configured, "codex", {candidate}, path), configured);
+    EXPECT_EQ(locator.locate(std::nullopt, "codex", {candidate}, path), candidate);
+    EXPECT_EQ(locator.locate(std::nullopt, "codex", {}, path), onPath);
+    EXPECT_EQ(locator.locate(std::nullopt, "codex", {}, {}), std::nullopt);
+}
+
 TEST_F(ExecutableLocatorTest, ConfiguredNonExecutableIsPassedOverForACandidate) {
     const auto configured = plainFile("configured/codex");
     const auto candidate = executable("candidate/codex");
     EXPECT_EQ(locator.locate(configured, "codex", {home / "absent/codex", candidate}, {}), candidate);
-}
-
-TEST_F(ExecutableLocatorTest, UsableConfiguredExecutableComesFirst) {
-    const auto configured = executable("configured/codex");
-    const auto candidate = executable("candidate/codex");
-    const auto onPath = executable("bin/codex");
-    EXPECT_EQ(locator.locate(configured, "codex", {candidate}, {{"PATH", (home / "bin").string()}}),
-              configured);
-    EXPECT_EQ(locator.locate(std::nullopt, "codex", {candidate}, {{"PATH", (home / "bin").string()}}),
-              candidate);
-    EXPECT_EQ(locator.locate(std::nullopt, "codex", {}, {{"PATH", (home / "bin").string()}}), onPath);
 }
 
 TEST_F(ExecutableLocatorTest, PathSkipsEmptyAndDotEntriesAndResultsAreAbsolute) {
@@ -86,14 +86,6 @@ TEST_F(ExecutableLocatorTest, PathSkipsEmptyAndDotEntriesAndResultsAreAbsolute) 
     EXPECT_EQ(relative, onPath); // absolute, so that it still names the tool in another directory
 }
 
-TEST_F(ExecutableLocatorTest, NothingUsableAnywhereIsNothing) {
-    plainFile("bin/codex");
-    EXPECT_EQ(
-        locator.locate(home / "bin/codex", "codex", {home / "bin"}, {{"PATH", (home / "bin").string()}}),
-        std::nullopt);
-    EXPECT_EQ(locator.locate(std::nullopt, "codex", {}, {}), std::nullopt);
-}
-
 TEST_F(ExecutableLocatorTest, SymlinkIsReturnedAsTheStandardizedLinkPath) {
     const auto target = executable("lib/node_modules/codex/bin/codex.js");
     fs::create_directories(home / "bin");
@@ -105,14 +97,17 @@ TEST_F(ExecutableLocatorTest, SymlinkIsReturnedAsTheStandardizedLinkPath) {
               home / "bin/codex");
 }
 
-TEST_F(ExecutableLocatorTest, SymlinkToSomethingUnusableIsPassedOver) {
-    fs::create_directories(home / "bin");
+// Plain files, directories and links to either or to nothing are all passed over.
+TEST_F(ExecutableLocatorTest, NothingUsableAnywhereIsNothing) {
+    plainFile("bin/codex");
     fs::create_symlink(home / "nowhere", home / "bin/dangling");
     fs::create_symlink(plainFile("lib/plain"), home / "bin/plain");
     fs::create_symlink(home / "lib", home / "bin/directory");
-    EXPECT_EQ(locator.locate(std::nullopt, "codex",
-                             {home / "bin/dangling", home / "bin/plain", home / "bin/directory"}, {}),
-              std::nullopt);
+    EXPECT_EQ(
+        locator.locate(home / "bin/codex", "codex",
+                       {home / "bin", home / "bin/dangling", home / "bin/plain", home / "bin/directory"},
+                       {{"PATH", (home / "bin").string()}}),
+        std::nullopt);
 }
 
 } // namespace

@@ -12,16 +12,18 @@ using testing::LocalHttpServer;
 using testing::ScriptedHttpResponse;
 using namespace std::chrono_literals;
 
+HttpRequest absoluteRequest(std::string url, std::chrono::milliseconds timeout = 5s) {
+    HttpRequest request;
+    request.url = std::move(url);
+    request.timeout = timeout;
+    return request;
+}
+
 class CurlHttpClientTest : public ::testing::Test {
 protected:
     static void SetUpTestSuite() { std::signal(SIGPIPE, SIG_IGN); }
 
-    HttpRequest request(std::string path) {
-        HttpRequest request;
-        request.url = server.baseURL() + path;
-        request.timeout = 5s;
-        return request;
-    }
+    HttpRequest request(std::string path) { return absoluteRequest(server.baseURL() + path); }
 
     LocalHttpServer server;
     CurlHttpClient client;
@@ -77,17 +79,6 @@ TEST_F(CurlHttpClientTest, RedirectsAndCookiesAreNotFollowed) {
     }
 }
 
-TEST_F(CurlHttpClientTest, AServerThatNeverAnswersTimesOut) {
-    server.route("/hang", ScriptedHttpResponse::withBehavior(ScriptedHttpResponse::Behavior::neverAnswer));
-    auto hung = request("/hang");
-    hung.timeout = 300ms;
-    const auto started = std::chrono::steady_clock::now();
-    const auto response = client.send(hung);
-    ASSERT_FALSE(response.hasValue());
-    EXPECT_EQ(response.error(), HttpClientError::timedOut);
-    EXPECT_LT(std::chrono::steady_clock::now() - started, 5s);
-}
-
 TEST_F(CurlHttpClientTest, BodiesOverTheCapAreRefused) {
     server.route("/big", ScriptedHttpResponse::json(200, std::string(100'000, 'a')));
     auto big = request("/big");
@@ -97,27 +88,36 @@ TEST_F(CurlHttpClientTest, BodiesOverTheCapAreRefused) {
     EXPECT_EQ(client.send(big)->body.size(), 100'000u);
 }
 
-TEST_F(CurlHttpClientTest, AnAnswerThatIsNotHttpIsAnInvalidResponse) {
-    server.route("/garbage",
-                 ScriptedHttpResponse::withBehavior(ScriptedHttpResponse::Behavior::raw,
-                                                    "SSH-2.0-OpenSSH_9.2\r\nnot http at all\r\n"));
-    EXPECT_EQ(client.send(request("/garbage")).error(), HttpClientError::invalidResponse);
+TEST_F(CurlHttpClientTest, ServersThatDoNotAnswerProperlyFailWithinTheTimeOut) {
+    using Behavior = ScriptedHttpResponse::Behavior;
+    const struct {
+        Behavior behavior;
+        std::string raw;
+        HttpClientError expected;
+    } cases[] = {
+        {Behavior::neverAnswer, "", HttpClientError::timedOut},
+        {Behavior::raw, "SSH-2.0-OpenSSH_9.2\r\nnot http at all\r\n", HttpClientError::invalidResponse},
+        {Behavior::closeWithoutAnswer, "", HttpClientError::transportFailed}};
+    for (const auto& scripted : cases) {
+        SCOPED_TRACE(static_cast<int>(scripted.behavior));
+        server.route("/x", ScriptedHttpResponse::withBehavior(scripted.behavior, scripted.raw));
+        auto bad = request("/x");
+        bad.timeout = 300ms;
+        const auto started = std::chrono::steady_clock::now();
+        const auto response = client.send(bad);
+        EXPECT_LT(std::chrono::steady_clock::now() - started, 5s);
+        ASSERT_FALSE(response.hasValue());
+        EXPECT_EQ(response.error(), scripted.expected);
+    }
 }
 
-TEST_F(CurlHttpClientTest, ClosedConnectionsAndRefusedPortsAreTransportFailures) {
-    server.route("/close",
-                 ScriptedHttpResponse::withBehavior(ScriptedHttpResponse::Behavior::closeWithoutAnswer));
-    EXPECT_EQ(client.send(request("/close")).error(), HttpClientError::transportFailed);
-
+TEST_F(CurlHttpClientTest, RefusedPortIsATransportFailure) {
     std::string closedURL;
     {
         LocalHttpServer gone;
         closedURL = gone.baseURL() + "/x";
     }
-    HttpRequest refused;
-    refused.url = closedURL;
-    refused.timeout = 5s;
-    EXPECT_EQ(client.send(refused).error(), HttpClientError::transportFailed);
+    EXPECT_EQ(client.send(absoluteRequest(closedURL)).error(), HttpClientError::transportFailed);
 }
 
 struct UrlCase {
@@ -133,11 +133,7 @@ class RefusedURL : public ::testing::TestWithParam<UrlCase> {};
 
 // Refused before any connection is attempted (none of these hosts is reachable from here anyway).
 TEST_P(RefusedURL, FailsWithoutSending) {
-    CurlHttpClient client;
-    HttpRequest request;
-    request.url = GetParam().url;
-    request.timeout = 2s;
-    const auto response = client.send(request);
+    const auto response = CurlHttpClient().send(absoluteRequest(GetParam().url, 2s));
     ASSERT_FALSE(response.hasValue());
     EXPECT_EQ(response.error(), GetParam().expected) << GetParam().url;
 }

@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <csignal>
 #include <fstream>
-#include <functional>
 #include <gtest/gtest.h>
 #include <sstream>
 #include <thread>
@@ -69,17 +68,6 @@ bool resetPeakResident() {
     return clear.good();
 }
 
-bool processExists(pid_t pid) {
-    return fs::exists("/proc/" + std::to_string(pid));
-}
-
-pid_t readPid(const fs::path& file) {
-    std::ifstream in(file);
-    pid_t pid = 0;
-    in >> pid;
-    return pid;
-}
-
 class PosixCommandRunnerTest : public ::testing::Test {
 protected:
     // The app ignores SIGPIPE at start-up; the tests run under the same condition.
@@ -125,33 +113,16 @@ TEST_F(PosixCommandRunnerTest, ChildReadsTheNullDeviceNotOurInput) {
     EXPECT_EQ(result->standardOutput, "/dev/null\n");
 }
 
-struct LaunchFailureCase {
-    const char* name;
-    std::function<fs::path(const TemporaryDirectory&)> make;
-};
-
-class PosixCommandRunnerLaunchFailure : public PosixCommandRunnerTest,
-                                        public ::testing::WithParamInterface<LaunchFailureCase> {};
-
-TEST_P(PosixCommandRunnerLaunchFailure, IsReportedAsLaunchFailed) {
-    const auto executable = GetParam().make(directory);
-    const auto result = runner.run(executable, {}, shellEnvironment, 10, 4096);
-    ASSERT_FALSE(result.hasValue());
-    EXPECT_EQ(result.error(), ProcessSupportError::launchFailed);
+TEST_F(PosixCommandRunnerTest, UnlaunchableExecutablesAreLaunchFailures) {
+    testing::writeFile(directory / "codex", "#!/bin/sh\nexit 0\n"); // not executable
+    for (const fs::path& executable :
+         {directory / "no-such-codex", directory / "codex", directory.path(), fs::path()}) {
+        SCOPED_TRACE(executable);
+        const auto result = runner.run(executable, {}, shellEnvironment, 10, 4096);
+        ASSERT_FALSE(result.hasValue());
+        EXPECT_EQ(result.error(), ProcessSupportError::launchFailed);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Executables, PosixCommandRunnerLaunchFailure,
-    ::testing::Values(LaunchFailureCase{"Missing",
-                                        [](const TemporaryDirectory& d) { return d / "no-such-codex"; }},
-                      LaunchFailureCase{"NotExecutable",
-                                        [](const TemporaryDirectory& d) {
-                                            testing::writeFile(d / "codex", "#!/bin/sh\nexit 0\n");
-                                            return d / "codex";
-                                        }},
-                      LaunchFailureCase{"Directory", [](const TemporaryDirectory& d) { return d.path(); }},
-                      LaunchFailureCase{"Empty", [](const TemporaryDirectory&) { return fs::path(); }}),
-    [](const auto& info) { return std::string(info.param.name); });
 
 struct OutputLimitCase {
     std::int64_t limit;
@@ -207,9 +178,10 @@ TEST_P(PosixCommandRunnerDeadline, EndsAndReapsAChildStillRunningAtTheDeadline) 
     EXPECT_GE(elapsed, std::chrono::duration<double>(timeout));
     EXPECT_LT(elapsed, std::chrono::duration<double>(timeout) + PosixCommandRunner::terminationGrace +
                            std::chrono::seconds(2));
-    const pid_t pid = readPid(pidFile);
+    pid_t pid = 0;
+    std::ifstream(pidFile) >> pid;
     ASSERT_GT(pid, 0);
-    EXPECT_FALSE(processExists(pid));
+    EXPECT_FALSE(fs::exists("/proc/" + std::to_string(pid)));
 }
 
 INSTANTIATE_TEST_SUITE_P(Children, PosixCommandRunnerDeadline, ::testing::Bool(),

@@ -76,20 +76,16 @@ TEST_F(SafeFileReaderTest, MissingAndTooLargeFailAtOnceWithoutRetry) {
     writeFile(directory / "big", std::string(100, 'x'));
     fs::create_symlink(directory / "nowhere", directory / "dangling");
     const auto started = steady_clock::now();
-    const auto missing = reader.read(directory / "absent", 1024, longDelay);
-    const auto dangling = reader.read(directory / "dangling", 1024, longDelay);
-    const auto underFile = reader.read(directory / "big/child", 1024, longDelay);
-    const auto big = reader.read(directory / "big", 99, longDelay);
+    for (const auto& [path, limit, expected] : std::vector<std::tuple<fs::path, int, SafeFileReaderError>>{
+             {directory / "absent", 1024, SafeFileReaderError::missing},
+             {directory / "dangling", 1024, SafeFileReaderError::missing},
+             {directory / "big/child", 1024, SafeFileReaderError::missing},
+             {directory / "big", 99, SafeFileReaderError::tooLarge}}) {
+        const auto result = reader.read(path, limit, longDelay);
+        ASSERT_FALSE(result.hasValue()) << path;
+        EXPECT_EQ(result.error(), expected) << path;
+    }
     EXPECT_LT(steady_clock::now() - started, longDelay / 2);
-
-    ASSERT_FALSE(missing.hasValue());
-    EXPECT_EQ(missing.error(), SafeFileReaderError::missing);
-    ASSERT_FALSE(dangling.hasValue());
-    EXPECT_EQ(dangling.error(), SafeFileReaderError::missing);
-    ASSERT_FALSE(underFile.hasValue());
-    EXPECT_EQ(underFile.error(), SafeFileReaderError::missing);
-    ASSERT_FALSE(big.hasValue());
-    EXPECT_EQ(big.error(), SafeFileReaderError::tooLarge);
 }
 
 TEST_F(SafeFileReaderTest, DirectoryIsUnreadableAfterOneRetry) {

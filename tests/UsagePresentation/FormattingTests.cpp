@@ -3,6 +3,7 @@
 #include "UsagePresentation/ResetTimeFormatter.h"
 #include "UsagePresentation/WindowDisplayName.h"
 
+#include <atomic>
 #include <gtest/gtest.h>
 #include <thread>
 
@@ -12,66 +13,56 @@ namespace {
 // 2026-01-01 15:45:00 UTC, a Thursday in winter.
 const Date afternoon = dateFromUnixSeconds(1'767'282'300);
 
-struct ResetTimeCase {
-    std::string name;
-    std::string locale;
-    std::string timeZone;
-    double secondsAfterAfternoon;
-    std::string expected;
-};
-
-class ResetTimeFormatting : public ::testing::TestWithParam<ResetTimeCase> {};
-
-TEST_P(ResetTimeFormatting, UsesTheLocalesHourCycleAndTheTimeZone) {
-    const IcuResetTimeFormatter formatter(GetParam().locale, GetParam().timeZone);
-    EXPECT_EQ(formatter.format(addingSeconds(afternoon, GetParam().secondsAfterAfternoon)),
-              GetParam().expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, ResetTimeFormatting,
-    ::testing::Values(ResetTimeCase{"Afternoon12Hour", "en_US", "UTC", 0, "3:45\u202FPM"},
-                      ResetTimeCase{"Afternoon24Hour", "de_DE", "UTC", 0, "15:45"},
-                      ResetTimeCase{"Midnight12Hour", "en_US", "UTC", 8 * 3600 + 20 * 60, "12:05\u202FAM"},
-                      ResetTimeCase{"Midnight24Hour", "de_DE", "UTC", 8 * 3600 + 20 * 60, "00:05"},
-                      ResetTimeCase{"TimeZoneApplied", "de_DE", "Europe/Berlin", 0, "16:45"},
-                      ResetTimeCase{"SecondsDropped", "en_GB", "UTC", 59.9, "15:45"}),
-    [](const auto& info) { return info.param.name; });
-
-struct RelativeCase {
-    std::string name;
-    std::string locale;
-    double secondsFromNow;
-    std::string expected;
-};
-
-class RelativeTimeFormatting : public ::testing::TestWithParam<RelativeCase> {};
-
-TEST_P(RelativeTimeFormatting, UsesTheLargestWholeUnit) {
-    const RelativeTimeFormatter formatter(GetParam().locale, "UTC");
-    EXPECT_EQ(formatter.format(addingSeconds(afternoon, GetParam().secondsFromNow), afternoon),
-              GetParam().expected);
+TEST(ResetTimeFormatterTest, UsesTheLocalesHourCycleAndTheTimeZone) {
+    const struct {
+        const char* locale;
+        const char* timeZone;
+        double secondsAfterAfternoon;
+        std::string expected;
+    } cases[] = {
+        {"en_US", "UTC", 0, "3:45\u202FPM"},
+        {"de_DE", "UTC", 0, "15:45"},
+        {"en_US", "UTC", 8 * 3600 + 20 * 60, "12:05\u202FAM"},
+        {"de_DE", "UTC", 8 * 3600 + 20 * 60, "00:05"},
+        {"de_DE", "Europe/Berlin", 0, "16:45"},
+        {"en_GB", "UTC", 59.9, "15:45"}, // seconds dropped
+    };
+    for (const auto& [locale, timeZone, seconds, expected] : cases) {
+        const IcuResetTimeFormatter formatter(locale, timeZone);
+        EXPECT_EQ(formatter.format(addingSeconds(afternoon, seconds)), expected)
+            << locale << ' ' << timeZone << " +" << seconds;
+    }
 }
 
 constexpr double minute = 60;
 constexpr double hour = 3600;
 constexpr double day = 86400;
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, RelativeTimeFormatting,
-    ::testing::Values(RelativeCase{"Now", "en_US", 0, "in 0 sec."},
-                      RelativeCase{"Seconds", "en_US", 30, "in 30 sec."},
-                      RelativeCase{"MinutesAgo", "en_US", -5 * minute, "5 min. ago"},
-                      RelativeCase{"HoursTruncated", "en_US", 2 * hour + 59 * minute, "in 2 hr."},
-                      RelativeCase{"Day", "en_US", day + hour, "in 1 day"},
-                      RelativeCase{"Days", "en_US", 3 * day, "in 3 days"},
-                      RelativeCase{"DaysAgo", "en_US", -2 * day, "2 days ago"},
-                      RelativeCase{"Week", "en_US", 10 * day, "in 1 wk."},
-                      RelativeCase{"Month", "en_US", 40 * day, "in 1 mo."},
-                      RelativeCase{"Year", "en_US", 400 * day, "in 1 yr."},
-                      RelativeCase{"GermanHours", "de_DE", 2 * hour, "in 2 Std."},
-                      RelativeCase{"GermanMinutesAgo", "de_DE", -5 * minute, "vor 5 Min."}),
-    [](const auto& info) { return info.param.name; });
+TEST(RelativeTimeFormatterTest, UsesTheLargestWholeUnit) {
+    const struct {
+        const char* locale;
+        double secondsFromNow;
+        std::string expected;
+    } cases[] = {
+        {"en_US", 0, "in 0 sec."},
+        {"en_US", 30, "in 30 sec."},
+        {"en_US", -5 * minute, "5 min. ago"},
+        {"en_US", 2 * hour + 59 * minute, "in 2 hr."}, // truncated
+        {"en_US", day + hour, "in 1 day"},
+        {"en_US", 3 * day, "in 3 days"},
+        {"en_US", -2 * day, "2 days ago"},
+        {"en_US", 10 * day, "in 1 wk."},
+        {"en_US", 40 * day, "in 1 mo."},
+        {"en_US", 400 * day, "in 1 yr."},
+        {"de_DE", 2 * hour, "in 2 Std."},
+        {"de_DE", -5 * minute, "vor 5 Min."},
+    };
+    for (const auto& [locale, seconds, expected] : cases) {
+        const RelativeTimeFormatter formatter(locale, "UTC");
+        EXPECT_EQ(formatter.format(addingSeconds(afternoon, seconds), afternoon), expected)
+            << locale << ' ' << seconds;
+    }
+}
 
 TEST(RelativeTimeFormatterTest, CalendarDaysFollowTheTimeZone) {
     // 23:30 to 00:30 the next day: one hour, whatever the date line says.
@@ -104,14 +95,13 @@ TEST(RelativeTimeFormatterTest, ConcurrentUseGivesStableTexts) {
 }
 
 TEST(WindowDisplayNameTest, ProviderNameFirstThenTheKindsName) {
-    const std::vector<std::pair<UsageWindowKind, std::string>> kinds{
-        {UsageWindowKind::fiveHour, "Five-hour"},
-        {UsageWindowKind::sevenDay, "Weekly"},
-        {UsageWindowKind::modelSpecific, "Model"},
-        {UsageWindowKind::custom, "Usage"},
-        {UsageWindowKind::unknown, "Usage"}};
+    const std::pair<UsageWindowKind, std::string> kinds[] = {{UsageWindowKind::fiveHour, "Five-hour"},
+                                                             {UsageWindowKind::sevenDay, "Weekly"},
+                                                             {UsageWindowKind::modelSpecific, "Model"},
+                                                             {UsageWindowKind::custom, "Usage"},
+                                                             {UsageWindowKind::unknown, "Usage"}};
+    const auto base = testing::minimalSample();
     for (const auto& [kind, name] : kinds) {
-        const auto base = testing::minimalSample();
         const UsageWindowSample sample(
             base.id(), base.connectionID(), base.providerBucketID(), std::nullopt, kind, std::nullopt,
             base.observedAt(), std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
