@@ -20,7 +20,8 @@ void onSignal(int) {
 
 } // namespace
 
-InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
+InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt,
+                                   std::initializer_list<int> watchedSignals)
     : onInterrupt(std::move(onInterrupt)) {
     if (::pipe2(signalPipe, O_CLOEXEC | O_NONBLOCK) != 0 || ::pipe2(stopPipe, O_CLOEXEC) != 0) {
         return; // without pipes Ctrl-C keeps its default meaning
@@ -29,7 +30,11 @@ InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
     action.sa_handler = onSignal;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
-    ::sigaction(SIGINT, &action, &previous);
+    for (const int signal : watchedSignals) {
+        struct sigaction old {};
+        ::sigaction(signal, &action, &old);
+        previous.emplace_back(signal, old);
+    }
     watcher = std::thread([this] {
         pollfd fds[2] = {{signalPipe[0], POLLIN, 0}, {stopPipe[0], POLLIN, 0}};
         while (true) {
@@ -55,7 +60,9 @@ InterruptWatcher::InterruptWatcher(std::function<void()> onInterrupt)
 
 InterruptWatcher::~InterruptWatcher() {
     if (watcher.joinable()) {
-        ::sigaction(SIGINT, &previous, nullptr);
+        for (const auto& [signal, old] : previous) {
+            ::sigaction(signal, &old, nullptr);
+        }
         const char byte = 1;
         [[maybe_unused]] const auto written = ::write(stopPipe[1], &byte, 1);
         watcher.join();

@@ -2,16 +2,20 @@
 
 #include <csignal>
 #include <functional>
+#include <initializer_list>
 #include <thread>
+#include <utility>
+#include <vector>
 
 namespace gaugewell {
 
-// While it lives, Ctrl-C (SIGINT) calls `onInterrupt` on a thread of its own instead of killing
-// the process, so that a blocking sign-in can be cancelled cleanly: its child terminated, its
-// listener closed, nothing stored. One at a time per process.
+// While it lives, the given signals (by default Ctrl-C's SIGINT) call `onInterrupt` on a thread of
+// its own instead of ending the process, so that a blocking sign-in can be cancelled cleanly or an
+// event loop asked to quit. One at a time per process.
 class InterruptWatcher {
 public:
-    explicit InterruptWatcher(std::function<void()> onInterrupt);
+    explicit InterruptWatcher(std::function<void()> onInterrupt,
+                              std::initializer_list<int> watchedSignals = {SIGINT});
     ~InterruptWatcher();
     InterruptWatcher(const InterruptWatcher&) = delete;
     InterruptWatcher& operator=(const InterruptWatcher&) = delete;
@@ -20,7 +24,7 @@ public:
 
 private:
     std::function<void()> onInterrupt;
-    struct sigaction previous {};
+    std::vector<std::pair<int, struct sigaction>> previous;
     int stopPipe[2] = {-1, -1};
     std::thread watcher;
     bool wasInterrupted = false;

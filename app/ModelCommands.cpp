@@ -5,6 +5,7 @@
 #include "GaugewellUI/Model/UsageNotificationController.h"
 #include "GaugewellUI/Model/WidgetLiveServer.h"
 #include "GaugewellUI/Model/WidgetSnapshotBuilder.h"
+#include "InterruptWatcher.h"
 #include "UsagePresentation/MenuBarConfiguration.h"
 #include "UsagePresentation/MenuBarProjection.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
@@ -16,13 +17,10 @@
 #include <QCoreApplication>
 #include <QEventLoop>
 #include <QFutureWatcher>
-#include <QSocketNotifier>
 #include <QTimer>
 #include <csignal>
-#include <fcntl.h>
 #include <ostream>
 #include <sys/resource.h>
-#include <unistd.h>
 
 namespace gaugewell {
 
@@ -71,45 +69,6 @@ bool parseFlags(const std::vector<std::string>& arguments, std::initializer_list
     }
     return true;
 }
-
-// SIGINT and SIGTERM end the event loop from the loop itself, so that everything shuts down in order.
-class QuitOnSignals {
-public:
-    QuitOnSignals() {
-        if (::pipe2(fds, O_CLOEXEC | O_NONBLOCK) != 0) {
-            return;
-        }
-        writeEnd = fds[1];
-        struct sigaction action {};
-        action.sa_handler = [](int) {
-            const char byte = 1;
-            [[maybe_unused]] const auto written = ::write(writeEnd, &byte, 1);
-        };
-        sigemptyset(&action.sa_mask);
-        action.sa_flags = SA_RESTART;
-        ::sigaction(SIGINT, &action, &previousInterrupt);
-        ::sigaction(SIGTERM, &action, &previousTerminate);
-        notifier = std::make_unique<QSocketNotifier>(fds[0], QSocketNotifier::Read);
-        QObject::connect(notifier.get(), &QSocketNotifier::activated, [] { QCoreApplication::quit(); });
-    }
-    ~QuitOnSignals() {
-        if (notifier) {
-            ::sigaction(SIGINT, &previousInterrupt, nullptr);
-            ::sigaction(SIGTERM, &previousTerminate, nullptr);
-            notifier.reset();
-            ::close(fds[0]);
-            ::close(fds[1]);
-            writeEnd = -1;
-        }
-    }
-
-private:
-    static inline int writeEnd = -1;
-    int fds[2] = {-1, -1};
-    struct sigaction previousInterrupt {};
-    struct sigaction previousTerminate {};
-    std::unique_ptr<QSocketNotifier> notifier;
-};
 
 } // namespace
 
@@ -241,7 +200,10 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
     const auto model = dependencies.makeModel(&notifications);
     WidgetLiveServer server(
         [&model](WidgetLiveServer::SnapshotReply reply) { model->widgetSnapshot(std::move(reply)); });
-    const QuitOnSignals quitOnSignals;
+    // Quitting is queued onto the loop itself, so that everything shuts down in order.
+    const InterruptWatcher quitOnSignals(
+        [&app] { QMetaObject::invokeMethod(&app, &QCoreApplication::quit, Qt::QueuedConnection); },
+        {SIGINT, SIGTERM});
     model->start();
     server.start();
     if (server.isListening()) {
