@@ -1,8 +1,8 @@
 #include "ClaudeUsageNormalizer.h"
 
+#include "ClaudeProvider/InternetDateTime.h"
 #include "ClaudeUsageDiagnostics.h"
 #include "ClaudeUtilization.h"
-#include "ProviderKit/InternetDateTime.h"
 
 namespace gaugewell {
 

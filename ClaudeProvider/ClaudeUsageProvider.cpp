@@ -1,6 +1,7 @@
 #include "ClaudeUsageProvider.h"
 
 #include "ClaudeUsageDiagnostics.h"
+#include "Platform/SecureWipe.h"
 
 #include <algorithm>
 
@@ -86,7 +87,7 @@ ProviderCollectionResult ClaudeUsageProvider::collectOrThrow(const UsageCollecti
     usageRequest.timeout = timeout;
     usageRequest.maximumResponseBytes = maximumResponseBytes;
     auto response = http->send(usageRequest);
-    std::fill(usageRequest.headers[0].second.begin(), usageRequest.headers[0].second.end(), '\0');
+    secureWipe(usageRequest.headers[0].second);
     if (!response) {
         return failure(request, issueFor(response.error()));
     }

@@ -1,10 +1,10 @@
 #pragma once
 
 #include "ClaudeUsageNormalizer.h"
-#include "ProviderKit/ClaudeAccessTokenSource.h"
-#include "ProviderKit/ClaudeEndpoints.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeAccessTokenSource.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeEndpoints.h"
 #include "ProviderKit/GaugewellProvider.h"
-#include "ProviderKit/HttpClient.h"
+#include "ProviderKit/Http/HttpClient.h"
 
 #include <chrono>
 #include <memory>

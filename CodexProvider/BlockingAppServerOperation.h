@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CodexAppServerTransport.h"
-#include "ProviderKit/ChildProcess.h"
+#include "ProviderKit/Process/ChildProcess.h"
 
 #include <chrono>
 #include <string_view>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "CodexProviderError.h"
-#include "ProviderKit/Environment.h"
+#include "ProviderKit/Process/Environment.h"
 #include "UsageDomain/Expected.h"
 
 #include <chrono>

@@ -4,8 +4,8 @@
 #include "CodexDiagnostics.h"
 #include "CodexPayloadNormalizer.h"
 #include "CodexText.h"
-#include "ProviderKit/CodexExecutable.h"
-#include "ProviderKit/PosixCommandRunner.h"
+#include "ProviderKit/CodexSignIn/CodexExecutable.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 
 #include <algorithm>
 #include <cstdlib>

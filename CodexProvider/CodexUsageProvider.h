@@ -1,9 +1,9 @@
 #pragma once
 
-#include "ProviderKit/CommandRunning.h"
-#include "ProviderKit/Environment.h"
-#include "ProviderKit/ExecutableLocator.h"
 #include "ProviderKit/GaugewellProvider.h"
+#include "ProviderKit/Process/CommandRunning.h"
+#include "ProviderKit/Process/Environment.h"
+#include "ProviderKit/Process/ExecutableLocator.h"
 
 #include <filesystem>
 #include <memory>

@@ -1,5 +1,6 @@
 #include "AtomicFile.h"
 
+#include "FileDescriptor.h"
 #include "SecureRandom.h"
 
 #include <cerrno>
@@ -25,33 +26,35 @@ std::string randomSuffix() {
 
 } // namespace
 
-std::optional<int> replaceFileAtomically(const std::filesystem::path& destination, std::string_view contents,
-                                         mode_t mode) {
+Status<std::errc> replaceFileAtomically(const std::filesystem::path& destination, std::string_view contents,
+                                        mode_t mode) {
+    const auto failure = [](int error) { return unexpected(static_cast<std::errc>(error)); };
     if (destination.filename().empty()) {
-        return EISDIR;
+        return failure(EISDIR);
     }
     const auto folder =
         destination.parent_path().empty() ? std::filesystem::path(".") : destination.parent_path();
     std::filesystem::path temporary;
-    int fd = -1;
-    for (int attempt = 0; attempt < temporaryNameAttempts && fd < 0; ++attempt) {
+    FileDescriptor file;
+    for (int attempt = 0; attempt < temporaryNameAttempts && !file; ++attempt) {
         temporary = folder / ("." + destination.filename().string() + "." + randomSuffix() + ".tmp");
-        fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode);
-        if (fd < 0 && errno != EEXIST) {
-            return errno;
+        file.reset(::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+        if (!file && errno != EEXIST) {
+            return failure(errno);
         }
     }
-    if (fd < 0) {
-        return EEXIST;
+    if (!file) {
+        return failure(EEXIST);
     }
+    // The temporary goes whenever a step fails; errno is read before anything can change it.
     const auto fail = [&](int error) {
-        ::close(fd);
+        file.reset();
         ::unlink(temporary.c_str());
-        return std::optional(error);
+        return failure(error);
     };
     std::size_t written = 0;
     while (written < contents.size()) {
-        const ssize_t count = ::write(fd, contents.data() + written, contents.size() - written);
+        const ssize_t count = ::write(file.get(), contents.data() + written, contents.size() - written);
         if (count < 0 && errno == EINTR) {
             continue;
         }
@@ -61,26 +64,21 @@ std::optional<int> replaceFileAtomically(const std::filesystem::path& destinatio
         written += static_cast<std::size_t>(count);
     }
     // The mode asked for, whatever the umask took away (a settings file must stay 0600, not wider).
-    if (::fchmod(fd, mode) != 0 || ::fsync(fd) != 0) {
+    if (::fchmod(file.get(), mode) != 0 || ::fsync(file.get()) != 0) {
         return fail(errno);
     }
-    if (::close(fd) != 0) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        return error;
+    if (::close(file.release()) != 0) {
+        return fail(errno);
     }
     if (::rename(temporary.c_str(), destination.c_str()) != 0) {
-        const int error = errno;
-        ::unlink(temporary.c_str());
-        return error;
+        return fail(errno);
     }
     // Make the rename itself durable; a failure here no longer loses the contents.
-    const int folderFd = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folderFd >= 0) {
-        ::fsync(folderFd);
-        ::close(folderFd);
+    if (const FileDescriptor folderDescriptor(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+        folderDescriptor) {
+        ::fsync(folderDescriptor.get());
     }
-    return std::nullopt;
+    return {};
 }
 
 } // namespace gaugewell

@@ -203,7 +203,7 @@ bool FileUserDefaults::write(const Values& updated) const {
     }
     const std::string text = JsonValue(std::move(members)).serialized() + "\n";
 
-    return !replaceFileAtomically(file, text, 0600).has_value();
+    return replaceFileAtomically(file, text, 0600).hasValue();
 }
 
 } // namespace gaugewell

@@ -2,35 +2,36 @@
 
 namespace gaugewell {
 
-SecretLoadResult InMemorySecretStore::load(std::string_view service, std::string_view account) {
+Expected<std::optional<std::string>, SecretStoreError> InMemorySecretStore::load(std::string_view service,
+                                                                                 std::string_view account) {
     std::lock_guard lock(mutex);
     if (failure) {
-        return {std::nullopt, failure};
+        return unexpected(*failure);
     }
     const auto found = items.find({std::string(service), std::string(account)});
     if (found == items.end()) {
-        return {std::nullopt, std::nullopt};
+        return std::optional<std::string>();
     }
-    return {found->second, std::nullopt};
+    return std::optional<std::string>(found->second);
 }
 
-SecretStoreStatus InMemorySecretStore::save(std::string_view service, std::string_view account,
-                                            std::string_view secret) {
+Status<SecretStoreError> InMemorySecretStore::save(std::string_view service, std::string_view account,
+                                                   std::string_view secret) {
     std::lock_guard lock(mutex);
     if (failure) {
-        return failure;
+        return unexpected(*failure);
     }
     items[{std::string(service), std::string(account)}] = std::string(secret);
-    return std::nullopt;
+    return {};
 }
 
-SecretStoreStatus InMemorySecretStore::remove(std::string_view service, std::string_view account) {
+Status<SecretStoreError> InMemorySecretStore::remove(std::string_view service, std::string_view account) {
     std::lock_guard lock(mutex);
     if (failure) {
-        return failure;
+        return unexpected(*failure);
     }
     items.erase({std::string(service), std::string(account)});
-    return std::nullopt;
+    return {};
 }
 
 void InMemorySecretStore::setFailure(std::optional<SecretStoreError> newFailure) {

@@ -13,10 +13,11 @@ namespace gaugewell {
 // A secret store that lives in memory, for tests. A failure can be set to make every call fail with it.
 class InMemorySecretStore final : public SecretStore {
 public:
-    SecretLoadResult load(std::string_view service, std::string_view account) override;
-    SecretStoreStatus save(std::string_view service, std::string_view account,
-                           std::string_view secret) override;
-    SecretStoreStatus remove(std::string_view service, std::string_view account) override;
+    Expected<std::optional<std::string>, SecretStoreError> load(std::string_view service,
+                                                                std::string_view account) override;
+    Status<SecretStoreError> save(std::string_view service, std::string_view account,
+                                  std::string_view secret) override;
+    Status<SecretStoreError> remove(std::string_view service, std::string_view account) override;
 
     // Absent restores normal operation.
     void setFailure(std::optional<SecretStoreError> failure);

@@ -1,5 +1,8 @@
 #include "SecretStore.h"
 
+#include "Platform/Deadline.h"
+#include "Platform/SecureWipe.h"
+
 #include <condition_variable>
 #include <libsecret/secret.h>
 #include <mutex>
@@ -40,11 +43,11 @@ std::mutex& libsecretMutex() {
 // thread; the watchdog never touches anything but the cancellable, whose cancel is thread-safe.
 class DeadlineWatchdog {
 public:
-    explicit DeadlineWatchdog(std::chrono::milliseconds deadline)
+    explicit DeadlineWatchdog(Deadline deadline)
         : cancellable(g_cancellable_new())
         , watcher([this, deadline] {
             std::unique_lock lock(mutex);
-            if (!finishedCondition.wait_for(lock, deadline, [this] { return finished; })) {
+            if (!finishedCondition.wait_until(lock, deadline.timePoint(), [this] { return finished; })) {
                 g_cancellable_cancel(cancellable);
             }
         }) {}
@@ -121,14 +124,29 @@ SecretStoreError consume(GError* error) {
 
 } // namespace
 
-LibsecretSecretStore::LibsecretSecretStore(std::chrono::milliseconds deadline)
-    : deadline(deadline) {}
+std::string_view describe(SecretStoreError error) {
+    switch (error) {
+    case SecretStoreError::unavailable:
+        return "No secret service (such as GNOME Keyring or KWallet) is running in this session.";
+    case SecretStoreError::locked:
+        return "The keyring is locked.";
+    case SecretStoreError::timedOut:
+        return "The keyring did not answer in time.";
+    case SecretStoreError::failed:
+        break;
+    }
+    return "The keyring refused the request.";
+}
 
-SecretLoadResult LibsecretSecretStore::load(std::string_view service, std::string_view account) {
+LibsecretSecretStore::LibsecretSecretStore(std::chrono::milliseconds timeout)
+    : timeout(timeout) {}
+
+Expected<std::optional<std::string>, SecretStoreError> LibsecretSecretStore::load(std::string_view service,
+                                                                                  std::string_view account) {
     const std::string serviceText(service);
     const std::string accountText(account);
     std::lock_guard lock(libsecretMutex());
-    DeadlineWatchdog watchdog(deadline);
+    DeadlineWatchdog watchdog(Deadline::after(timeout));
     GError* error = nullptr;
     gchar* secret = secret_password_lookup_sync(&itemSchema(), watchdog.get(), &error, "service",
                                                 serviceText.c_str(), "account", accountText.c_str(), nullptr);
@@ -136,51 +154,51 @@ SecretLoadResult LibsecretSecretStore::load(std::string_view service, std::strin
         if (secret != nullptr) {
             secret_password_free(secret);
         }
-        return {std::nullopt, consume(error)};
+        return unexpected(consume(error));
     }
     if (secret == nullptr) {
-        return {std::nullopt, std::nullopt};
+        return std::optional<std::string>();
     }
-    SecretLoadResult result{std::string(secret), std::nullopt};
+    std::optional<std::string> result(secret);
     secret_password_free(secret); // wipes before freeing
     return result;
 }
 
-SecretStoreStatus LibsecretSecretStore::save(std::string_view service, std::string_view account,
-                                             std::string_view secret) {
+Status<SecretStoreError> LibsecretSecretStore::save(std::string_view service, std::string_view account,
+                                                    std::string_view secret) {
     const std::string serviceText(service);
     const std::string accountText(account);
     std::string secretText(secret);
     std::lock_guard lock(libsecretMutex());
-    DeadlineWatchdog watchdog(deadline);
+    DeadlineWatchdog watchdog(Deadline::after(timeout));
     GError* error = nullptr;
     // Items with the same attributes are replaced, so saving twice never makes a duplicate.
     const gboolean stored = secret_password_store_sync(
         &itemSchema(), SECRET_COLLECTION_DEFAULT, serviceText.c_str(), secretText.c_str(), watchdog.get(),
         &error, "service", serviceText.c_str(), "account", accountText.c_str(), nullptr);
-    std::fill(secretText.begin(), secretText.end(), '\0');
+    secureWipe(secretText);
     if (error != nullptr) {
-        return consume(error);
+        return unexpected(consume(error));
     }
     if (!stored) {
-        return SecretStoreError::failed;
+        return unexpected(SecretStoreError::failed);
     }
-    return std::nullopt;
+    return {};
 }
 
-SecretStoreStatus LibsecretSecretStore::remove(std::string_view service, std::string_view account) {
+Status<SecretStoreError> LibsecretSecretStore::remove(std::string_view service, std::string_view account) {
     const std::string serviceText(service);
     const std::string accountText(account);
     std::lock_guard lock(libsecretMutex());
-    DeadlineWatchdog watchdog(deadline);
+    DeadlineWatchdog watchdog(Deadline::after(timeout));
     GError* error = nullptr;
     // FALSE without an error means there was nothing to remove, which is success.
     secret_password_clear_sync(&itemSchema(), watchdog.get(), &error, "service", serviceText.c_str(),
                                "account", accountText.c_str(), nullptr);
     if (error != nullptr) {
-        return consume(error);
+        return unexpected(consume(error));
     }
-    return std::nullopt;
+    return {};
 }
 
 } // namespace gaugewell

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "UsageDomain/Expected.h"
+
 #include <chrono>
 #include <optional>
 #include <string>
@@ -14,27 +16,23 @@ enum class SecretStoreError {
     failed,      // any other refusal of the service
 };
 
-// Empty on success.
-using SecretStoreStatus = std::optional<SecretStoreError>;
-
-struct SecretLoadResult {
-    std::optional<std::string> secret; // absent when nothing is stored (or on error)
-    SecretStoreStatus error;
-};
+std::string_view describe(SecretStoreError error);
 
 // One secret string per (service, account) in the user's secret store. Every call is bounded in time
 // and may be made from any thread; none of them may run on a UI thread, since a call can take up to
-// its deadline.
+// its time-out.
 class SecretStore {
 public:
     virtual ~SecretStore() = default;
 
-    virtual SecretLoadResult load(std::string_view service, std::string_view account) = 0;
+    // Absent when nothing is stored.
+    virtual Expected<std::optional<std::string>, SecretStoreError> load(std::string_view service,
+                                                                        std::string_view account) = 0;
     // Replaces any earlier secret of the same service and account.
-    virtual SecretStoreStatus save(std::string_view service, std::string_view account,
-                                   std::string_view secret) = 0;
+    virtual Status<SecretStoreError> save(std::string_view service, std::string_view account,
+                                          std::string_view secret) = 0;
     // Removing a secret that does not exist succeeds.
-    virtual SecretStoreStatus remove(std::string_view service, std::string_view account) = 0;
+    virtual Status<SecretStoreError> remove(std::string_view service, std::string_view account) = 0;
 };
 
 // The freedesktop Secret Service through libsecret (gnome-keyring, KeePassXC, ...): items of the schema
@@ -43,17 +41,18 @@ public:
 // locked keyring may show a prompt that nobody answers and libsecret's synchronous calls would wait for it.
 class LibsecretSecretStore final : public SecretStore {
 public:
-    static constexpr std::chrono::milliseconds defaultDeadline{5000};
+    static constexpr std::chrono::milliseconds defaultTimeout{5000};
 
-    explicit LibsecretSecretStore(std::chrono::milliseconds deadline = defaultDeadline);
+    explicit LibsecretSecretStore(std::chrono::milliseconds timeout = defaultTimeout);
 
-    SecretLoadResult load(std::string_view service, std::string_view account) override;
-    SecretStoreStatus save(std::string_view service, std::string_view account,
-                           std::string_view secret) override;
-    SecretStoreStatus remove(std::string_view service, std::string_view account) override;
+    Expected<std::optional<std::string>, SecretStoreError> load(std::string_view service,
+                                                                std::string_view account) override;
+    Status<SecretStoreError> save(std::string_view service, std::string_view account,
+                                  std::string_view secret) override;
+    Status<SecretStoreError> remove(std::string_view service, std::string_view account) override;
 
 private:
-    std::chrono::milliseconds deadline;
+    std::chrono::milliseconds timeout;
 };
 
 } // namespace gaugewell

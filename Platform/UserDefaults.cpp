@@ -18,32 +18,34 @@ UserDefaults::Subscription::~Subscription() {
     }
 }
 
-bool UserDefaults::set(const std::string& key, UserDefaultsValue value) {
-    if (!store(key, std::move(value))) {
+bool UserDefaults::set(std::string_view key, UserDefaultsValue value) {
+    const std::string name(key);
+    if (!store(name, std::move(value))) {
         return false;
     }
-    notify(key);
+    notify(name);
     return true;
 }
 
-bool UserDefaults::remove(const std::string& key) {
-    if (!store(key, std::nullopt)) {
+bool UserDefaults::remove(std::string_view key) {
+    const std::string name(key);
+    if (!store(name, std::nullopt)) {
         return false;
     }
-    notify(key);
+    notify(name);
     return true;
 }
 
-std::optional<bool> UserDefaults::storedBool(const std::string& key) const {
-    const auto value = object(key);
+std::optional<bool> UserDefaults::storedBool(std::string_view key) const {
+    const auto value = object(std::string(key));
     if (value && std::holds_alternative<bool>(*value)) {
         return std::get<bool>(*value);
     }
     return std::nullopt;
 }
 
-bool UserDefaults::boolValue(const std::string& key) const {
-    const auto value = object(key);
+bool UserDefaults::boolValue(std::string_view key) const {
+    const auto value = object(std::string(key));
     if (!value) {
         return false;
     }
@@ -58,8 +60,8 @@ bool UserDefaults::boolValue(const std::string& key) const {
     return text == "true" || text == "yes" || text == "1";
 }
 
-double UserDefaults::doubleValue(const std::string& key) const {
-    const auto value = object(key);
+double UserDefaults::doubleValue(std::string_view key) const {
+    const auto value = object(std::string(key));
     if (!value) {
         return 0;
     }
@@ -77,8 +79,8 @@ double UserDefaults::doubleValue(const std::string& key) const {
                : 0;
 }
 
-std::optional<std::string> UserDefaults::stringValue(const std::string& key) const {
-    const auto value = object(key);
+std::optional<std::string> UserDefaults::stringValue(std::string_view key) const {
+    const auto value = object(std::string(key));
     if (!value) {
         return std::nullopt;
     }

@@ -6,6 +6,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <variant>
 
 namespace gaugewell {
@@ -40,17 +41,17 @@ public:
 
     virtual std::optional<UserDefaultsValue> object(const std::string& key) const = 0;
     // False when the value could not be stored (the store is unwritable); nothing changes then.
-    bool set(const std::string& key, UserDefaultsValue value);
-    bool remove(const std::string& key);
+    bool set(std::string_view key, UserDefaultsValue value);
+    bool remove(std::string_view key);
 
     // Only a stored Boolean; anything else is absent.
-    std::optional<bool> storedBool(const std::string& key) const;
+    std::optional<bool> storedBool(std::string_view key) const;
     // The lenient reading: a Boolean, a non-zero number, or "true"/"yes"/"1"; absent reads as false.
-    bool boolValue(const std::string& key) const;
+    bool boolValue(std::string_view key) const;
     // A number, or a string that is one; otherwise 0.
-    double doubleValue(const std::string& key) const;
+    double doubleValue(std::string_view key) const;
     // A string, or a number written as text; otherwise absent.
-    std::optional<std::string> stringValue(const std::string& key) const;
+    std::optional<std::string> stringValue(std::string_view key) const;
 
     // Called after a key changes, on the thread that changed it; an empty key means "possibly all".
     [[nodiscard]] Subscription observe(Observer observer);

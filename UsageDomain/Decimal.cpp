@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <limits>
 
 namespace gaugewell {
@@ -155,6 +156,43 @@ Decimal Decimal::dividedBy100() const {
     return Decimal(coefficient, exponent - 2);
 }
 
+Decimal Decimal::multipliedBy100() const {
+    if (coefficient == 0) {
+        return *this;
+    }
+    return Decimal(coefficient, exponent + 2);
+}
+
+std::optional<std::int64_t> Decimal::roundedInteger(Halves halves) const {
+    if (exponent >= 0) {
+        return int64Value();
+    }
+    // Below 10^38 in magnitude, so with more than 38 fraction digits the value is under 0.1.
+    if (-exponent > maximumDigits) {
+        return 0;
+    }
+    const Int128 divisor = powerOfTen(-exponent);
+    Int128 whole = magnitude(coefficient) / divisor;
+    const Int128 rest = magnitude(coefficient) % divisor;
+    const bool halfGoesUp = halves == Halves::awayFromZero || coefficient < 0;
+    if (rest > divisor - rest || (halfGoesUp && rest == divisor - rest)) {
+        ++whole;
+    }
+    if (whole > std::numeric_limits<std::int64_t>::max()) {
+        return std::nullopt;
+    }
+    return static_cast<std::int64_t>(coefficient < 0 ? -whole : whole);
+}
+
+std::optional<Decimal> Decimal::shortest(double value) {
+    char buffer[64];
+    const auto [end, error] = std::to_chars(buffer, buffer + sizeof buffer, value);
+    if (error != std::errc() || !std::isfinite(value)) {
+        return std::nullopt;
+    }
+    return parse(std::string_view(buffer, static_cast<std::size_t>(end - buffer)));
+}
+
 std::optional<std::int64_t> Decimal::int64Value() const {
     // A non-zero coefficient times 10^19 is already beyond 64 bits.
     if (exponent < 0 || exponent > 18) {
@@ -169,8 +207,14 @@ std::optional<std::int64_t> Decimal::int64Value() const {
 }
 
 double Decimal::toDouble() const {
-    std::string scientific =
-        (coefficient < 0 ? "-" : "") + digitsOf(coefficient) + "e" + std::to_string(exponent);
+    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) on `"-" + std::string` at -O2.
+    std::string scientific;
+    if (coefficient < 0) {
+        scientific += '-';
+    }
+    scientific += digitsOf(coefficient);
+    scientific += 'e';
+    scientific += std::to_string(exponent);
     double result = 0;
     std::from_chars(scientific.data(), scientific.data() + scientific.size(), result);
     return result;

@@ -24,9 +24,16 @@ public:
     // Strict JSON number grammar. Absent for malformed text, and for values that do not fit
     // exactly (more than 38 significant digits, or an exponent out of range).
     static std::optional<Decimal> parse(std::string_view literal);
+    // The shortest decimal that reads back as `value`: 0.285 for the double nearest 0.285. Absent for
+    // infinities and NaN.
+    static std::optional<Decimal> shortest(double value);
 
     // Exact: only the exponent moves.
     Decimal dividedBy100() const;
+    Decimal multipliedBy100() const;
+    enum class Halves { awayFromZero, down };
+    // The nearest whole number; absent beyond 64 bits.
+    std::optional<std::int64_t> roundedInteger(Halves halves = Halves::awayFromZero) const;
 
     bool isZero() const { return coefficient == 0; }
     bool isNegative() const { return coefficient < 0; }

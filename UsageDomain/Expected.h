@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cassert>
+#include <optional>
 #include <utility>
 #include <variant>
 
@@ -12,7 +13,9 @@ template <class E> Unexpected<std::decay_t<E>> unexpected(E&& error) {
     return {std::forward<E>(error)};
 }
 
-// A value or an error. std::expected arrives with C++23; this is the small part we use.
+// A value or an error: what every fallible query returns. std::expected arrives with C++23;
+// this is the small part we use. Each error enumeration has its fixed text in one overload of
+// `describe`, declared next to the enumeration.
 template <class T, class E> class Expected {
 public:
     Expected(T value)
@@ -43,5 +46,27 @@ public:
 private:
     std::variant<T, E> storage;
 };
+
+// Success or an error: what every fallible action returns.
+template <class E> class [[nodiscard]] Expected<void, E> {
+public:
+    Expected() = default;
+    template <class G>
+    Expected(Unexpected<G> failure)
+        : failure(E(std::move(failure.error))) {}
+
+    bool hasValue() const { return !failure.has_value(); }
+    explicit operator bool() const { return hasValue(); }
+
+    const E& error() const {
+        assert(!hasValue());
+        return *failure;
+    }
+
+private:
+    std::optional<E> failure;
+};
+
+template <class E> using Status = Expected<void, E>;
 
 } // namespace gaugewell

@@ -1,7 +1,7 @@
 #include "MenuBarConfiguration.h"
 
 #include "Platform/UserDefaults.h"
-#include "ProviderKit/ProviderService.h"
+#include "ProviderKit/Authentication/ProviderService.h"
 
 namespace gaugewell {
 
@@ -30,25 +30,25 @@ std::vector<std::string> providerOrderFromText(std::string_view text) {
 
 MenuBarConfiguration MenuBarConfiguration::fromDefaults(const UserDefaults& defaults) {
     MenuBarConfiguration configuration;
-    if (enabledUnlessStoredFalse(defaults, menuDefaultsKey::showCodex)) {
+    if (enabledUnlessStoredFalse(defaults, settingsKey::showCodex)) {
         configuration.enabledProviderIDs.emplace(codexProviderID);
     }
-    if (enabledUnlessStoredFalse(defaults, menuDefaultsKey::showClaude)) {
+    if (enabledUnlessStoredFalse(defaults, settingsKey::showClaude)) {
         configuration.enabledProviderIDs.emplace(claudeProviderID);
     }
-    const auto order = defaults.stringValue(std::string(menuDefaultsKey::providerOrder));
+    const auto order = defaults.stringValue(std::string(settingsKey::providerOrder));
     configuration.providerOrder = providerOrderFromText(order ? *order : defaultMenuProviderOrder);
-    configuration.iconsOnly = defaults.boolValue(std::string(menuDefaultsKey::iconsOnly));
-    configuration.showPercentage = enabledUnlessStoredFalse(defaults, menuDefaultsKey::showPercentage);
+    configuration.iconsOnly = defaults.boolValue(std::string(settingsKey::iconsOnly));
+    configuration.showPercentage = enabledUnlessStoredFalse(defaults, settingsKey::showPercentage);
     configuration.percentageMode =
-        defaults.stringValue(std::string(menuDefaultsKey::percentageMode)) == "remaining"
+        defaults.stringValue(std::string(settingsKey::percentageMode)) == "remaining"
             ? PercentageDisplayMode::remaining
             : PercentageDisplayMode::consumed;
-    configuration.showResetTime = enabledUnlessStoredFalse(defaults, menuDefaultsKey::showReset);
-    const auto kind = defaults.stringValue(std::string(menuDefaultsKey::windowKind));
+    configuration.showResetTime = enabledUnlessStoredFalse(defaults, settingsKey::showReset);
+    const auto kind = defaults.stringValue(std::string(settingsKey::windowKind));
     configuration.selectedWindowKind =
         (kind ? fromRawValue<UsageWindowKind>(*kind) : std::nullopt).value_or(UsageWindowKind::fiveHour);
-    configuration.density = defaults.stringValue(std::string(menuDefaultsKey::density)) == "detailed"
+    configuration.density = defaults.stringValue(std::string(settingsKey::density)) == "detailed"
                                 ? MenuBarDensity::detailed
                                 : MenuBarDensity::compact;
     return configuration;

@@ -2,6 +2,7 @@
 
 #include "MenuBarDensity.h"
 #include "PercentageDisplayMode.h"
+#include "Platform/SettingsKeys.h"
 #include "UsageDomain/UsageEnumerations.h"
 
 #include <optional>
@@ -13,19 +14,6 @@
 namespace gaugewell {
 
 class UserDefaults;
-
-// The settings keys behind the menu bar; the settings window writes the same keys.
-namespace menuDefaultsKey {
-inline constexpr std::string_view showCodex = "menu.showCodex";
-inline constexpr std::string_view showClaude = "menu.showClaude";
-inline constexpr std::string_view providerOrder = "menu.providerOrder";
-inline constexpr std::string_view iconsOnly = "menu.iconsOnly";
-inline constexpr std::string_view showPercentage = "menu.showPercentage";
-inline constexpr std::string_view percentageMode = "menu.percentageMode";
-inline constexpr std::string_view showReset = "menu.showReset";
-inline constexpr std::string_view windowKind = "menu.windowKind";
-inline constexpr std::string_view density = "menu.density";
-} // namespace menuDefaultsKey
 
 inline constexpr std::string_view defaultMenuProviderOrder = "codex,claude";
 

@@ -80,6 +80,11 @@ std::string RelativeTimeFormatter::format(Date date, Date reference) const {
         }
     }
     icu::UnicodeString text;
+    if (offset == 0) {
+        // Within the second: "now" rather than "in 0 sec.".
+        formatter->format->format(UDAT_DIRECTION_PLAIN, UDAT_ABSOLUTE_NOW, text, status);
+        return U_SUCCESS(status) ? icu_support::utf8(text) : std::string();
+    }
     formatter->format->formatNumeric(offset, unit, text, status);
     return U_SUCCESS(status) ? icu_support::utf8(text) : std::string();
 }

@@ -8,7 +8,7 @@
 
 namespace gaugewell {
 
-// Short numeric relative times: "in 2 hr.", "5 min. ago" (en_US). The largest calendar unit
+// Short numeric relative times: "in 2 hr.", "5 min. ago", "now" (en_US). The largest calendar unit
 // that is not zero is used and the count is truncated toward zero, so 2 h 59 min reads "in 2 hr.".
 // Thread-safe.
 class RelativeTimeFormatter {

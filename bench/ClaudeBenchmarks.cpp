@@ -1,5 +1,5 @@
 #include "ClaudeProvider/ClaudeUsageNormalizer.h"
-#include "ProviderKit/InternetDateTime.h"
+#include "ClaudeProvider/InternetDateTime.h"
 
 #include <benchmark/benchmark.h>
 

@@ -1,5 +1,5 @@
-#include "ProviderKit/ChildProcess.h"
-#include "ProviderKit/PosixCommandRunner.h"
+#include "ProviderKit/Process/ChildProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 
 #include <benchmark/benchmark.h>
 #include <spawn.h>

@@ -1,7 +1,7 @@
 #include "CodexProvider/CodexAppServerTransport.h"
 #include "CodexProvider/CodexUsageProvider.h"
 #include "FakeCodex.h"
-#include "ProviderKit/PosixCommandRunner.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 #include "RecordFixtures.h"
 
 #include <csignal>

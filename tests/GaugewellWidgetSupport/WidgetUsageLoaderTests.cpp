@@ -1,5 +1,6 @@
 #include "GaugewellWidgetSupport/WidgetUsageLoader.h"
 #include "LocalHttpServer.h"
+#include "RawSocketServer.h"
 #include "WidgetFeedSamples.h"
 
 #include <arpa/inet.h>
@@ -20,11 +21,8 @@ using testing::sampleWidgetSnapshot;
 using testing::widgetFeedResponse;
 
 // Answers every request for the feed with exactly `response`.
-std::unique_ptr<testing::LocalHttpServer> feedServer(std::string response) {
-    auto server = std::make_unique<testing::LocalHttpServer>();
-    server->route("/widget/v1", testing::ScriptedHttpResponse::withBehavior(
-                                    testing::ScriptedHttpResponse::Behavior::raw, std::move(response)));
-    return server;
+std::unique_ptr<testing::RawSocketServer> feedServer(std::string response) {
+    return std::make_unique<testing::RawSocketServer>(std::move(response));
 }
 
 WidgetFeedEndpoint endpoint(std::uint16_t port, std::chrono::milliseconds timeout = 5s) {
@@ -53,7 +51,8 @@ struct LoopbackSocket {
 };
 
 TEST(WidgetUsageLoaderTest, FetchesTheSnapshotWithAnUncachedGet) {
-    const auto server = feedServer(widgetFeedResponse("200 OK", testing::sampleWidgetJson));
+    const auto server = std::make_unique<testing::LocalHttpServer>();
+    server->route("/widget/v1", testing::HttpAnswer{200, testing::sampleWidgetJson});
     const auto result = WidgetUsageLoader::live(endpoint(server->port())).fetch();
     ASSERT_TRUE(result) << widgetFetchErrorText(result.error());
     EXPECT_EQ(*result, sampleWidgetSnapshot());
@@ -62,9 +61,9 @@ TEST(WidgetUsageLoaderTest, FetchesTheSnapshotWithAnUncachedGet) {
     ASSERT_EQ(requests.size(), 1u);
     EXPECT_EQ(requests[0].method, "GET");
     EXPECT_EQ(requests[0].target, "/widget/v1");
-    EXPECT_EQ(requests[0].header("Cache-Control"), "no-store");
-    EXPECT_EQ(requests[0].header("Host"), "127.0.0.1:" + std::to_string(server->port()));
-    EXPECT_EQ(requests[0].header("Cookie"), std::nullopt);
+    EXPECT_EQ(requests[0].get_header_value("Cache-Control"), "no-store");
+    EXPECT_EQ(requests[0].get_header_value("Host"), "127.0.0.1:" + std::to_string(server->port()));
+    EXPECT_FALSE(requests[0].has_header("Cookie"));
 }
 
 TEST(WidgetUsageLoaderTest, AnythingButA200WithASnapshotIsTheRightError) {

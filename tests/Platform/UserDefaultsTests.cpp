@@ -1,10 +1,11 @@
 #include "Platform/FileUserDefaults.h"
 #include "Platform/InMemoryUserDefaults.h"
+#include "TemporaryDirectory.h"
 
 #include <atomic>
 #include <fstream>
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <set>
 #include <sys/stat.h>
 #include <thread>
 
@@ -13,24 +14,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
+std::string fileText(const fs::path& path) {
+    std::ifstream stream(path);
+    return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
+}
+
 class FileUserDefaultsTest : public ::testing::Test {
 protected:
-    void SetUp() override {
-        directory =
-            fs::temp_directory_path() / ("gaugewell-defaults-" + std::to_string(::getpid()) + "-" +
-                                         ::testing::UnitTest::GetInstance()->current_test_info()->name());
-        fs::remove_all(directory);
-        file = directory / "gaugewell" / "defaults.json";
-    }
-    void TearDown() override { fs::remove_all(directory); }
-
-    std::string fileText() const {
-        std::ifstream stream(file);
-        return std::string((std::istreambuf_iterator<char>(stream)), std::istreambuf_iterator<char>());
-    }
-
-    fs::path directory;
-    fs::path file;
+    testing::TemporaryDirectory directory;
+    const fs::path file = directory / "gaugewell" / "defaults.json";
 };
 
 TEST_F(FileUserDefaultsTest, TypesSurviveARestart) {
@@ -46,9 +38,8 @@ TEST_F(FileUserDefaultsTest, TypesSurviveARestart) {
     EXPECT_EQ(restarted.stringValue("menu.providerOrder"), "claude,codex");
     EXPECT_EQ(restarted.doubleValue("advanced.refreshActiveSeconds"), 300.0);
     // A string is not a stored Boolean, though the lenient accessor reads it as true.
-    EXPECT_FALSE(restarted.storedBool("menu.looksBoolean").has_value());
+    EXPECT_EQ(restarted.storedBool("menu.looksBoolean"), std::nullopt);
     EXPECT_TRUE(restarted.boolValue("menu.looksBoolean"));
-    EXPECT_FALSE(restarted.object("missing").has_value());
 }
 
 TEST_F(FileUserDefaultsTest, FileIsPrivateAndReplacedWhole) {
@@ -59,27 +50,24 @@ TEST_F(FileUserDefaultsTest, FileIsPrivateAndReplacedWhole) {
     struct stat info {};
     ASSERT_EQ(::stat(file.c_str(), &info), 0);
     EXPECT_EQ(info.st_mode & 0777, 0600u);
-    EXPECT_EQ(fileText(), "{\"b\":true}\n");
-    std::set<std::string> names; // nothing left over from the replacements
+    EXPECT_EQ(fileText(file), "{\"b\":true}\n");
+    std::vector<std::string> names; // nothing left over from the replacements
     for (const auto& entry : fs::directory_iterator(file.parent_path())) {
-        names.insert(entry.path().filename().string());
+        names.push_back(entry.path().filename().string());
     }
-    EXPECT_EQ(names, (std::set<std::string>{"defaults.json", "defaults.json.lock"}));
+    EXPECT_THAT(names, ::testing::UnorderedElementsAre("defaults.json", "defaults.json.lock"));
 }
 
 TEST_F(FileUserDefaultsTest, ConcurrentWritersLoseNothing) {
     FileUserDefaults first(file);
     FileUserDefaults second(file); // a second process's view of the same file
-    std::thread a([&] {
+    const auto writeFifty = [](FileUserDefaults& defaults, const std::string& prefix) {
         for (int i = 0; i < 50; ++i) {
-            first.set("first." + std::to_string(i), static_cast<double>(i));
+            defaults.set(prefix + std::to_string(i), static_cast<double>(i));
         }
-    });
-    std::thread b([&] {
-        for (int i = 0; i < 50; ++i) {
-            second.set("second." + std::to_string(i), static_cast<double>(i));
-        }
-    });
+    };
+    std::thread a(writeFifty, std::ref(first), "first.");
+    std::thread b(writeFifty, std::ref(second), "second.");
     a.join();
     b.join();
     const FileUserDefaults reader(file);
@@ -92,7 +80,7 @@ TEST_F(FileUserDefaultsTest, ConcurrentWritersLoseNothing) {
 TEST_F(FileUserDefaultsTest, ChangesFromAnotherWriterAreSeen) {
     FileUserDefaults app(file);
     FileUserDefaults commandLine(file);
-    EXPECT_FALSE(app.storedBool("connections.oauth-authorized.v2.codex").has_value());
+    EXPECT_EQ(app.storedBool("connections.oauth-authorized.v2.codex"), std::nullopt);
     std::atomic<int> heard{0};
     const auto subscription = app.observe([&](const std::string& key) { heard += key.empty() ? 1 : 0; });
     commandLine.set("connections.oauth-authorized.v2.codex", true);
@@ -102,26 +90,18 @@ TEST_F(FileUserDefaultsTest, ChangesFromAnotherWriterAreSeen) {
     EXPECT_FALSE(app.reloadIfChanged());
 }
 
-TEST_F(FileUserDefaultsTest, CorruptFileIsKeptAsideAndDefaultsApply) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << "{\"menu.showCodex\": fal";
-    FileUserDefaults defaults(file);
-    EXPECT_FALSE(defaults.object("menu.showCodex").has_value());
-    const auto aside = defaults.setAsidePath();
-    ASSERT_TRUE(aside.has_value());
-    std::ifstream kept(*aside);
-    std::string text((std::istreambuf_iterator<char>(kept)), std::istreambuf_iterator<char>());
-    EXPECT_EQ(text, "{\"menu.showCodex\": fal");
-    EXPECT_TRUE(defaults.set("menu.showCodex", true));
-    EXPECT_TRUE(fs::exists(*aside));
-}
-
-TEST_F(FileUserDefaultsTest, NonObjectFileIsAlsoSetAside) {
-    fs::create_directories(file.parent_path());
-    std::ofstream(file) << "[1,2,3]";
-    FileUserDefaults defaults(file);
-    EXPECT_FALSE(defaults.object("x").has_value());
-    EXPECT_TRUE(defaults.setAsidePath().has_value());
+TEST_F(FileUserDefaultsTest, UnusableFileIsKeptAsideAndDefaultsApply) {
+    for (const std::string contents : {"{\"menu.showCodex\": fal", "[1,2,3]"}) {
+        testing::writeFile(file, contents);
+        FileUserDefaults defaults(file);
+        EXPECT_EQ(defaults.object("menu.showCodex"), std::nullopt) << contents;
+        const auto aside = defaults.setAsidePath();
+        ASSERT_TRUE(aside) << contents;
+        EXPECT_EQ(fileText(*aside), contents);
+        EXPECT_TRUE(defaults.set("menu.showCodex", true));
+        EXPECT_TRUE(fs::exists(*aside));
+        fs::remove(*aside);
+    }
 }
 
 TEST(UserDefaults, ObserversHearChangesUntilUnsubscribed) {
@@ -133,7 +113,7 @@ TEST(UserDefaults, ObserversHearChangesUntilUnsubscribed) {
         defaults.remove("menu.iconsOnly");
     }
     defaults.set("menu.iconsOnly", false);
-    EXPECT_EQ(keys, (std::vector<std::string>{"menu.iconsOnly", "menu.iconsOnly"}));
+    EXPECT_THAT(keys, ::testing::ElementsAre("menu.iconsOnly", "menu.iconsOnly"));
 }
 
 TEST(UserDefaults, LenientAccessorsFollowThePlatformRules) {
@@ -146,12 +126,10 @@ TEST(UserDefaults, LenientAccessorsFollowThePlatformRules) {
     EXPECT_EQ(defaults.doubleValue("s"), 30.0);
     EXPECT_EQ(defaults.doubleValue("t"), 0.0);
     EXPECT_EQ(defaults.doubleValue("missing"), 0.0);
-    EXPECT_TRUE(defaults.boolValue("n"));
-    EXPECT_TRUE(defaults.boolValue("t"));
-    EXPECT_FALSE(defaults.boolValue("z"));
-    EXPECT_FALSE(defaults.boolValue("missing"));
+    EXPECT_TRUE(defaults.boolValue("n") && defaults.boolValue("t"));
+    EXPECT_FALSE(defaults.boolValue("z") || defaults.boolValue("missing"));
     EXPECT_EQ(defaults.stringValue("n"), "2.5");
-    EXPECT_FALSE(defaults.stringValue("missing").has_value());
+    EXPECT_EQ(defaults.stringValue("missing"), std::nullopt);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "ProviderKit/ChildProcess.h"
+#include "ProviderKit/Process/ChildProcess.h"
 
 #include <csignal>
 #include <fcntl.h>

@@ -1,4 +1,4 @@
-#include "ProviderKit/CodexOAuthSession.h"
+#include "ProviderKit/CodexSignIn/CodexOAuthSession.h"
 
 #include <csignal>
 #include <filesystem>

@@ -1,5 +1,5 @@
-#include "ProcessTestSupport.h"
-#include "ProviderKit/ExecutableLocator.h"
+#include "ProviderKit/Process/ExecutableLocator.h"
+#include "TemporaryDirectory.h"
 
 #include <gtest/gtest.h>
 #include <unistd.h>

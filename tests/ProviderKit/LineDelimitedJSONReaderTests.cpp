@@ -1,4 +1,4 @@
-#include "ProviderKit/LineDelimitedJSONReader.h"
+#include "ProviderKit/Process/LineDelimitedJSONReader.h"
 
 #include <deque>
 #include <fcntl.h>

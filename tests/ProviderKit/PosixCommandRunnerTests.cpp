@@ -1,6 +1,6 @@
-#include "ProcessTestSupport.h"
-#include "ProviderKit/ChildProcess.h"
-#include "ProviderKit/PosixCommandRunner.h"
+#include "ProviderKit/Process/ChildProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
+#include "TemporaryDirectory.h"
 
 #include <atomic>
 #include <cerrno>

@@ -1,4 +1,4 @@
-#include "ProviderKit/ProcessEnvironment.h"
+#include "ProviderKit/Process/ProcessEnvironment.h"
 
 #include <gtest/gtest.h>
 

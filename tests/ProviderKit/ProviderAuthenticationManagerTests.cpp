@@ -1,6 +1,6 @@
 #include "AuthenticationFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
-#include "ProviderKit/ProviderAuthenticationManager.h"
+#include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
 
 #include <filesystem>
 #include <fstream>
@@ -13,7 +13,7 @@ namespace fs = std::filesystem;
 using testing::FakeClaude;
 using testing::FakeCodexSession;
 using testing::FakeCommandRunner;
-using Status = ProviderConnectionStatus;
+using Connection = ProviderConnectionStatus;
 
 const std::vector<std::string> helpArguments{"app-server", "--help"};
 const std::vector<std::string> statusArguments{"login", "status"};
@@ -71,9 +71,9 @@ protected:
 
 TEST_F(ProviderAuthenticationManagerTest, NoCodexAnywhereIsNotInstalledWithoutRunningAnything) {
     EXPECT_EQ(manager().status(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::notInstalled,
+              (ProviderConnectionState{ProviderService::codex, Connection::notInstalled,
                                        "Command-line tool not found"}));
-    EXPECT_EQ(manager().login(ProviderService::codex).status, Status::notInstalled);
+    EXPECT_EQ(manager().login(ProviderService::codex).status, Connection::notInstalled);
     EXPECT_TRUE(runner->runs.empty());
 }
 
@@ -82,9 +82,9 @@ TEST_F(ProviderAuthenticationManagerTest, ToolWithoutAppServerIsUnsupportedAndAC
     runner->answers.insert_or_assign(
         helpArguments, Expected<CommandOutput, ProcessSupportError>(CommandOutput{2, "", "unknown command"}));
     EXPECT_EQ(manager().status(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::unsupportedVersion,
+              (ProviderConnectionState{ProviderService::codex, Connection::unsupportedVersion,
                                        "Codex must be updated to support live usage access"}));
-    EXPECT_EQ(manager().status(ProviderService::codex).status, Status::unsupportedVersion);
+    EXPECT_EQ(manager().status(ProviderService::codex).status, Connection::unsupportedVersion);
     EXPECT_EQ(runner->count(helpArguments), 2); // a failed check is not remembered
 
     runner->answers.insert_or_assign(
@@ -144,14 +144,15 @@ TEST_P(CodexAccountKinds, StatusFollowsTheToolsAnswerAndTheAuthorizationFlag) {
 
 INSTANTIATE_TEST_SUITE_P(
     Answers, CodexAccountKinds,
-    ::testing::Values(AccountCase{0, "Logged in using ChatGPT\n", true, Status::signedIn, "ChatGPT account"},
-                      AccountCase{0, "Logged in using ChatGPT\n", false, Status::disconnected,
+    ::testing::Values(AccountCase{0, "Logged in using ChatGPT\n", true, Connection::signedIn,
+                                  "ChatGPT account"},
+                      AccountCase{0, "Logged in using ChatGPT\n", false, Connection::disconnected,
                                   "Account available — connect to authorize usage access"},
-                      AccountCase{0, "Logged in using an API key - sk-proj-***\n", true, Status::signedIn,
+                      AccountCase{0, "Logged in using an API key - sk-proj-***\n", true, Connection::signedIn,
                                   "OpenAI API key"},
-                      AccountCase{0, "auth: API-KEY\n", true, Status::signedIn, "OpenAI API key"},
-                      AccountCase{0, "", true, Status::signedIn, "Codex account"},
-                      AccountCase{1, "Logged in using ChatGPT\n", true, Status::signedOut,
+                      AccountCase{0, "auth: API-KEY\n", true, Connection::signedIn, "OpenAI API key"},
+                      AccountCase{0, "", true, Connection::signedIn, "Codex account"},
+                      AccountCase{1, "Logged in using ChatGPT\n", true, Connection::signedOut,
                                   "ChatGPT sign-in required"}));
 
 TEST_F(ProviderAuthenticationManagerTest, StatusThatCannotBeRunIsAFailure) {
@@ -159,52 +160,52 @@ TEST_F(ProviderAuthenticationManagerTest, StatusThatCannotBeRunIsAFailure) {
     runner->answers.insert_or_assign(statusArguments, Expected<CommandOutput, ProcessSupportError>(
                                                           unexpected(ProcessSupportError::timedOut)));
     EXPECT_EQ(manager().status(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::failed,
+              (ProviderConnectionState{ProviderService::codex, Connection::failed,
                                        "Authentication status could not be checked"}));
 }
 
 TEST_F(ProviderAuthenticationManagerTest, CodexSignInSetsTheFlagOnlyWhenTheToolThenReportsSignedIn) {
     installCodex();
     answerStatus(1, "");
-    EXPECT_EQ(manager().login(ProviderService::codex).status, Status::signedOut);
+    EXPECT_EQ(manager().login(ProviderService::codex).status, Connection::signedOut);
     EXPECT_FALSE(flag().has_value());
 
     codexSession->onLogin = [&] { answerStatus(0, "Logged in using ChatGPT\n"); };
     EXPECT_EQ(manager().login(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::signedIn, "ChatGPT account"}));
+              (ProviderConnectionState{ProviderService::codex, Connection::signedIn, "ChatGPT account"}));
     EXPECT_EQ(flag(), true);
-    EXPECT_EQ(manager().status(ProviderService::codex).status, Status::signedIn);
+    EXPECT_EQ(manager().status(ProviderService::codex).status, Connection::signedIn);
 }
 
 TEST_F(ProviderAuthenticationManagerTest, CodexSignInErrorsBecomeFixedDetails) {
     installCodex();
     codexSession->loginResult = CodexOAuthError{CodexOAuthError::Kind::timedOut};
     EXPECT_EQ(manager().login(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::failed, "Sign-in timed out"}));
+              (ProviderConnectionState{ProviderService::codex, Connection::failed, "Sign-in timed out"}));
     codexSession->loginResult = CodexOAuthError{CodexOAuthError::Kind::rpcError, -32600};
     EXPECT_EQ(manager().login(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::failed,
+              (ProviderConnectionState{ProviderService::codex, Connection::failed,
                                        "ChatGPT sign-in was not completed"}));
     EXPECT_FALSE(flag().has_value());
 }
 
 TEST_F(ProviderAuthenticationManagerTest, CodexDisconnectClearsTheFlagUnlessSignOutFails) {
     defaults->set("connections.oauth-authorized.v2.codex", true);
-    EXPECT_EQ(manager().disconnect(ProviderService::codex).status, Status::notInstalled);
+    EXPECT_EQ(manager().disconnect(ProviderService::codex).status, Connection::notInstalled);
     EXPECT_EQ(flag(), false);
 
     installCodex();
     defaults->set("connections.oauth-authorized.v2.codex", true);
     codexSession->logoutResult = CodexOAuthError{CodexOAuthError::Kind::timedOut};
     EXPECT_EQ(manager().disconnect(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::failed,
+              (ProviderConnectionState{ProviderService::codex, Connection::failed,
                                        "ChatGPT sign-out could not be completed"}));
     EXPECT_EQ(flag(), true);
 
     codexSession->logoutResult.reset();
     EXPECT_EQ(
         manager().disconnect(ProviderService::codex),
-        (ProviderConnectionState{ProviderService::codex, Status::signedOut, "Signed out from ChatGPT"}));
+        (ProviderConnectionState{ProviderService::codex, Connection::signedOut, "Signed out from ChatGPT"}));
     EXPECT_EQ(flag(), false);
     EXPECT_EQ(runner->count(helpArguments), 0); // signing out needs no capability check
 }
@@ -212,32 +213,32 @@ TEST_F(ProviderAuthenticationManagerTest, CodexDisconnectClearsTheFlagUnlessSign
 TEST_F(ProviderAuthenticationManagerTest, ClaudeStatesComeFromItsSession) {
     EXPECT_EQ(
         manager().status(ProviderService::claude),
-        (ProviderConnectionState{ProviderService::claude, Status::signedOut, "Claude sign-in required"}));
+        (ProviderConnectionState{ProviderService::claude, Connection::signedOut, "Claude sign-in required"}));
     EXPECT_EQ(manager().login(ProviderService::claude),
-              (ProviderConnectionState{ProviderService::claude, Status::failed,
+              (ProviderConnectionState{ProviderService::claude, Connection::failed,
                                        "Claude sign-in was not completed"}));
     claude->loginSucceeds = true;
     EXPECT_EQ(
         manager().login(ProviderService::claude),
-        (ProviderConnectionState{ProviderService::claude, Status::signedIn, "Claude account · Keychain"}));
-    EXPECT_EQ(manager().status(ProviderService::claude).status, Status::signedIn);
+        (ProviderConnectionState{ProviderService::claude, Connection::signedIn, "Claude account · keyring"}));
+    EXPECT_EQ(manager().status(ProviderService::claude).status, Connection::signedIn);
     claude->logoutSucceeds = false;
     EXPECT_EQ(manager().disconnect(ProviderService::claude),
-              (ProviderConnectionState{ProviderService::claude, Status::failed,
+              (ProviderConnectionState{ProviderService::claude, Connection::failed,
                                        "Claude credentials could not be removed"}));
     claude->logoutSucceeds = true;
     EXPECT_EQ(manager().disconnect(ProviderService::claude),
-              (ProviderConnectionState{ProviderService::claude, Status::signedOut,
-                                       "Tokens revoked and removed from the Keychain"}));
+              (ProviderConnectionState{ProviderService::claude, Connection::signedOut,
+                                       "Tokens revoked and removed from the keyring"}));
     EXPECT_TRUE(runner->runs.empty());
 }
 
 TEST(ProviderConnectionState, BusyAndAuthenticatedStates) {
     for (const auto status : allCases<ProviderConnectionStatus>()) {
         const ProviderConnectionState current{ProviderService::codex, status, std::nullopt};
-        EXPECT_EQ(current.isAuthenticated(), status == Status::signedIn);
-        EXPECT_EQ(current.isBusy(), status == Status::checking || status == Status::connecting ||
-                                        status == Status::disconnecting);
+        EXPECT_EQ(current.isAuthenticated(), status == Connection::signedIn);
+        EXPECT_EQ(current.isBusy(), status == Connection::checking || status == Connection::connecting ||
+                                        status == Connection::disconnecting);
     }
     EXPECT_EQ(serviceForProviderID("app.gaugewell.claude.subscription"), ProviderService::claude);
     EXPECT_FALSE(serviceForProviderID("claude").has_value());

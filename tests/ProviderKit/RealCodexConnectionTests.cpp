@@ -1,8 +1,8 @@
 #include "Platform/InMemoryUserDefaults.h"
-#include "ProviderKit/ChildProcess.h"
-#include "ProviderKit/CodexOAuthSession.h"
-#include "ProviderKit/PosixCommandRunner.h"
-#include "ProviderKit/ProviderAuthenticationManager.h"
+#include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
+#include "ProviderKit/CodexSignIn/CodexOAuthSession.h"
+#include "ProviderKit/Process/ChildProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 
 #include <csignal>
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace gaugewell {
 namespace {
 
 namespace fs = std::filesystem;
-using Status = ProviderConnectionStatus;
+using Connection = ProviderConnectionStatus;
 
 const fs::path realCodexFolder = fs::path(GAUGEWELL_SOURCE_DIR) / ".deps/codex/node_modules/.bin";
 
@@ -79,25 +79,25 @@ TEST_F(RealCodexConnectionTest, SignedOutToolNeedsAChatGPTSignIn) {
         makeManager(std::make_shared<CodexOAuthSession>([](const std::string&) { return true; }));
     EXPECT_EQ(
         manager->status(ProviderService::codex),
-        (ProviderConnectionState{ProviderService::codex, Status::signedOut, "ChatGPT sign-in required"}));
+        (ProviderConnectionState{ProviderService::codex, Connection::signedOut, "ChatGPT sign-in required"}));
 }
 
 TEST_F(RealCodexConnectionTest, SignedInAccountNeedsAuthorizationThenDisconnectSignsTheToolOut) {
     signInWithApiKey();
     const auto manager =
         makeManager(std::make_shared<CodexOAuthSession>([](const std::string&) { return true; }));
-    EXPECT_EQ(manager->status(ProviderService::codex).status, Status::disconnected);
+    EXPECT_EQ(manager->status(ProviderService::codex).status, Connection::disconnected);
 
     defaults->set(manager->codexAuthorizationKey(), true);
     // The tool describes the account on standard error only, so the detail is the generic one.
     EXPECT_EQ(manager->status(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::signedIn, "Codex account"}));
+              (ProviderConnectionState{ProviderService::codex, Connection::signedIn, "Codex account"}));
 
     EXPECT_EQ(
         manager->disconnect(ProviderService::codex),
-        (ProviderConnectionState{ProviderService::codex, Status::signedOut, "Signed out from ChatGPT"}));
+        (ProviderConnectionState{ProviderService::codex, Connection::signedOut, "Signed out from ChatGPT"}));
     EXPECT_EQ(defaults->storedBool(manager->codexAuthorizationKey()), false);
-    EXPECT_EQ(manager->status(ProviderService::codex).status, Status::signedOut);
+    EXPECT_EQ(manager->status(ProviderService::codex).status, Connection::signedOut);
 }
 
 TEST_F(RealCodexConnectionTest, SignInReachesTheBrowserAndEndsAtTheDeadline) {
@@ -110,7 +110,7 @@ TEST_F(RealCodexConnectionTest, SignInReachesTheBrowserAndEndsAtTheDeadline) {
         },
         limits));
     EXPECT_EQ(manager->login(ProviderService::codex),
-              (ProviderConnectionState{ProviderService::codex, Status::failed, "Sign-in timed out"}));
+              (ProviderConnectionState{ProviderService::codex, Connection::failed, "Sign-in timed out"}));
     ASSERT_EQ(openedURLs.size(), 1u);
     EXPECT_EQ(openedURLs[0].rfind("https://", 0), 0u);
     EXPECT_FALSE(defaults->storedBool(manager->codexAuthorizationKey()).has_value());

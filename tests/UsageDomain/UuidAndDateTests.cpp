@@ -2,44 +2,31 @@
 #include "UsageDomain/Uuid.h"
 
 #include <gtest/gtest.h>
-#include <set>
 
 namespace gaugewell {
 namespace {
 
 TEST(Uuid, ParsesEitherCaseAndPrintsUpperCase) {
     const auto id = Uuid::parse("a115a6e0-337e-4f26-9809-6b2e75c39d01");
-    ASSERT_TRUE(id.has_value());
+    ASSERT_TRUE(id);
     EXPECT_EQ(id->text(), "A115A6E0-337E-4F26-9809-6B2E75C39D01");
-    EXPECT_EQ(Uuid::parse(id->text()), id);
-}
-
-TEST(Uuid, RejectsMalformedText) {
     for (const char* text :
          {"", "A115A6E0337E4F2698096B2E75C39D01", "A115A6E0-337E-4F26-9809-6B2E75C39D0",
           "A115A6E0-337E-4F26-9809-6B2E75C39D011", "G115A6E0-337E-4F26-9809-6B2E75C39D01",
           "A115A6E0+337E-4F26-9809-6B2E75C39D01", "{A115A6E0-337E-4F26-9809-6B2E75C39D}"}) {
-        EXPECT_FALSE(Uuid::parse(text).has_value()) << text;
+        EXPECT_FALSE(Uuid::parse(text)) << text;
     }
 }
 
 TEST(Uuid, RandomIsVersionFourAndDistinct) {
-    std::set<std::string> seen;
-    for (int i = 0; i < 200; ++i) {
-        const auto text = Uuid::random().text();
-        EXPECT_EQ(text[14], '4');
-        EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos);
-        seen.insert(text);
-    }
-    EXPECT_EQ(seen.size(), 200u);
+    const auto text = Uuid::random().text();
+    EXPECT_EQ(text[14], '4');
+    EXPECT_NE(std::string("89AB").find(text[19]), std::string::npos);
+    EXPECT_NE(text, Uuid::random().text());
 }
 
-TEST(Date, ReferenceDateIsTheStartOf2001) {
+TEST(Date, ReferenceDateSecondsSurviveTheTripThroughNanoseconds) {
     EXPECT_EQ(dateFromSecondsSinceReferenceDate(0).time_since_epoch(), std::chrono::seconds(978'307'200));
-    EXPECT_EQ(secondsSinceReferenceDate(dateFromUnixSeconds(978'307'200)), 0.0);
-}
-
-TEST(Date, SecondsSurviveTheTripThroughNanoseconds) {
     for (const double seconds : {815'000'000.125, 815'000'000.001, -1.5, 0.000001, 1.0e9 + 0.3}) {
         EXPECT_EQ(secondsSinceReferenceDate(dateFromSecondsSinceReferenceDate(seconds)), seconds);
     }

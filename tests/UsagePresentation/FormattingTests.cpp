@@ -1,6 +1,7 @@
 #include "RecordFixtures.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
 #include "UsagePresentation/ResetTimeFormatter.h"
+#include "UsagePresentation/UsagePercentage.h"
 #include "UsagePresentation/WindowDisplayName.h"
 
 #include <atomic>
@@ -12,6 +13,21 @@ namespace {
 
 // 2026-01-01 15:45:00 UTC, a Thursday in winter.
 const Date afternoon = dateFromUnixSeconds(1'767'282'300);
+
+TEST(UsagePercentageTest, HalfPercentsRoundAwayFromZeroInBothModes) {
+    for (int whole = 0; whole < 100; ++whole) {
+        const std::string used = std::to_string(whole) + ".5";
+        const auto fraction = Decimal::parse(used)->dividedBy100();
+        SCOPED_TRACE(used);
+        EXPECT_EQ(displayedPercentage(fraction, PercentageDisplayMode::consumed), whole + 1);
+        EXPECT_EQ(displayedPercentage(fraction, PercentageDisplayMode::remaining), 100 - whole);
+        // The feed and the alerts carry doubles; they show the same.
+        EXPECT_EQ(displayedPercentage(fraction.toDouble()), whole + 1);
+    }
+    EXPECT_EQ(displayedPercentage(*Decimal::parse("0.28499"), PercentageDisplayMode::consumed), 28);
+    EXPECT_EQ(displayedPercentage(*Decimal::parse("1e-120"), PercentageDisplayMode::remaining), 100);
+    EXPECT_EQ(displayedPercentage(*Decimal::parse("-0.005"), PercentageDisplayMode::remaining), 101);
+}
 
 TEST(ResetTimeFormatterTest, UsesTheLocalesHourCycleAndTheTimeZone) {
     const struct {
@@ -44,7 +60,7 @@ TEST(RelativeTimeFormatterTest, UsesTheLargestWholeUnit) {
         double secondsFromNow;
         std::string expected;
     } cases[] = {
-        {"en_US", 0, "in 0 sec."},
+        {"en_US", 0, "now"},
         {"en_US", 30, "in 30 sec."},
         {"en_US", -5 * minute, "5 min. ago"},
         {"en_US", 2 * hour + 59 * minute, "in 2 hr."}, // truncated

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "ProviderKit/ClaudeAccountAuthenticating.h"
-#include "ProviderKit/CodexAccountAuthenticating.h"
-#include "ProviderKit/CommandRunning.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeAccountAuthenticating.h"
+#include "ProviderKit/CodexSignIn/CodexAccountAuthenticating.h"
+#include "ProviderKit/Process/CommandRunning.h"
 
 #include <algorithm>
 #include <filesystem>

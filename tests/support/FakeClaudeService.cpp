@@ -1,84 +1,43 @@
 #include "FakeClaudeService.h"
 
+#include "UsageDomain/JsonCoding.h"
+
 namespace gaugewell::testing {
 
 FakeClaudeService::FakeClaudeService() {
-    http.route("/cai/oauth/authorize", [this](const RecordedHttpRequest& request) {
-        const auto redirect = request.queryItem("redirect_uri");
-        const auto state = request.queryItem("state");
-        if (!redirect || !state) {
-            return ScriptedHttpResponse::json(400, R"({"error":"invalid_request"})");
+    http.route("/cai/oauth/authorize", [this](const httplib::Request& request) {
+        if (!request.has_param("redirect_uri") || !request.has_param("state")) {
+            return HttpAnswer{400, R"({"error":"invalid_request"})"};
         }
         std::lock_guard lock(mutex);
-        redirectLocation =
-            *redirect + "?code=" + authorizationCode + "&state=" + stateOverride.value_or(*state);
-        return ScriptedHttpResponse::redirect(*redirectLocation);
+        redirectLocation = request.get_param_value("redirect_uri") + "?code=" + authorizationCode +
+                           "&state=" + stateOverride.value_or(request.get_param_value("state"));
+        return HttpAnswer{302, {}, {}, {{"Location", *redirectLocation}}};
     });
-    http.route("/oauth/code/success", [](const RecordedHttpRequest&) {
-        return ScriptedHttpResponse{200,
-                                    {{"Content-Type", "text/html"}},
-                                    "<p>Signed in.</p>",
-                                    ScriptedHttpResponse::Behavior::respond};
-    });
-    http.route("/v1/oauth/token", [this](const RecordedHttpRequest&) {
+    http.route("/oauth/code/success", HttpAnswer{200, "<p>Signed in.</p>", "text/html"});
+    http.route("/v1/oauth/token", [this](const httplib::Request&) {
         std::lock_guard lock(mutex);
-        std::string body = R"({"access_token":")" + tokenScript.accessToken + "\"";
-        if (tokenScript.refreshToken) {
-            body += R"(,"refresh_token":")" + *tokenScript.refreshToken + "\"";
-        }
-        body += R"(,"expires_in":)" + std::to_string(tokenScript.expiresIn);
-        if (tokenScript.scope) {
-            body += R"(,"scope":")" + *tokenScript.scope + "\"";
-        }
-        body += R"(,"token_type":"Bearer"})";
-        return ScriptedHttpResponse::json(tokenScript.status, body);
+        KeyedEncoder answer;
+        answer.encode("access_token", tokenScript.accessToken)
+            .encodeIfPresent("refresh_token", tokenScript.refreshToken)
+            .encode("expires_in", tokenScript.expiresIn)
+            .encodeIfPresent("scope", tokenScript.scope)
+            .encode("token_type", std::string("Bearer"));
+        return HttpAnswer{tokenScript.status, answer.result().serialized()};
     });
-    http.route("/v1/oauth/token/revoke",
-               [](const RecordedHttpRequest&) { return ScriptedHttpResponse::json(200, "{}"); });
-    http.route("/api/oauth/usage", [this](const RecordedHttpRequest& request) {
+    http.route("/v1/oauth/token/revoke", HttpAnswer{200, "{}"});
+    http.route("/api/oauth/usage", [this](const httplib::Request& request) {
         std::lock_guard lock(mutex);
-        const std::string wanted = "Bearer " + expectedAccessToken.value_or(tokenScript.accessToken);
-        if (request.header("Authorization") != wanted) {
-            return ScriptedHttpResponse::json(401, R"({"error":"unauthorized"})");
+        if (request.get_header_value("Authorization") != "Bearer " + tokenScript.accessToken) {
+            return HttpAnswer{401, R"({"error":"unauthorized"})"};
         }
-        return ScriptedHttpResponse::json(usageStatus, usageBody);
+        return usage;
     });
 }
 
 ClaudeEndpoints FakeClaudeService::endpoints() const {
     const auto base = http.baseURL();
     return ClaudeEndpoints::make(base, base, base).value();
-}
-
-void FakeClaudeService::setAuthorizationCode(std::string code) {
-    std::lock_guard lock(mutex);
-    authorizationCode = std::move(code);
-}
-
-void FakeClaudeService::setStateOverride(std::optional<std::string> state) {
-    std::lock_guard lock(mutex);
-    stateOverride = std::move(state);
-}
-
-void FakeClaudeService::setTokenScript(TokenScript script) {
-    std::lock_guard lock(mutex);
-    tokenScript = std::move(script);
-}
-
-void FakeClaudeService::setUsage(int status, std::string body) {
-    std::lock_guard lock(mutex);
-    usageStatus = status;
-    usageBody = std::move(body);
-}
-
-void FakeClaudeService::setExpectedAccessToken(std::optional<std::string> token) {
-    std::lock_guard lock(mutex);
-    expectedAccessToken = std::move(token);
-}
-
-std::optional<std::string> FakeClaudeService::lastRedirectLocation() const {
-    std::lock_guard lock(mutex);
-    return redirectLocation;
 }
 
 std::string FakeClaudeService::typicalUsageBody() {

@@ -1,17 +1,18 @@
 #pragma once
 
 #include "LocalHttpServer.h"
-#include "ProviderKit/ClaudeEndpoints.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeEndpoints.h"
 
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
 
 namespace gaugewell::testing {
 
-// The Claude sign-in page, token, revocation and usage endpoints on one LocalHttpServer.
+// The Claude sign-in page, token, revocation, success and usage endpoints on one LocalHttpServer.
 // The sign-in page answers with a 302 to the request's redirect_uri carrying a code and the request's
-// state (or `stateOverride`); the usage endpoint wants the current access token as a bearer.
+// state (or the overriding one); the usage endpoint wants the issued access token as a bearer.
 class FakeClaudeService {
 public:
     struct TokenScript {
@@ -27,15 +28,27 @@ public:
     LocalHttpServer& server() { return http; }
     ClaudeEndpoints endpoints() const;
 
-    void setAuthorizationCode(std::string code);
-    void setStateOverride(std::optional<std::string> state);
-    void setTokenScript(TokenScript script);
-    void setUsage(int status, std::string body);
-    // The token the usage endpoint accepts; the token script's access token by default.
-    void setExpectedAccessToken(std::optional<std::string> token);
-
+    void setAuthorizationCode(std::string code) {
+        std::lock_guard lock(mutex);
+        authorizationCode = std::move(code);
+    }
+    void setStateOverride(std::string state) {
+        std::lock_guard lock(mutex);
+        stateOverride = std::move(state);
+    }
+    void setTokenScript(TokenScript script) {
+        std::lock_guard lock(mutex);
+        tokenScript = std::move(script);
+    }
+    void setUsage(int status, std::string body) {
+        std::lock_guard lock(mutex);
+        usage = {status, std::move(body)};
+    }
     // Where the sign-in page sent the browser last.
-    std::optional<std::string> lastRedirectLocation() const;
+    std::optional<std::string> lastRedirectLocation() const {
+        std::lock_guard lock(mutex);
+        return redirectLocation;
+    }
 
     static std::string typicalUsageBody();
 
@@ -45,9 +58,7 @@ private:
     std::string authorizationCode = "fake-authorization-code-19c4";
     std::optional<std::string> stateOverride;
     TokenScript tokenScript;
-    int usageStatus = 200;
-    std::string usageBody = typicalUsageBody();
-    std::optional<std::string> expectedAccessToken;
+    HttpAnswer usage{200, typicalUsageBody()};
     std::optional<std::string> redirectLocation;
 };
 

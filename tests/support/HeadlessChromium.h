@@ -10,14 +10,13 @@
 namespace gaugewell::testing {
 
 // Debian's Chromium, headless, as the browser of a sign-in test: `open` starts it on the URL with a
-// fresh profile; the destructor (or `close`) kills its process group and reaps it.
+// fresh profile below `profileParent`; `close` (or the destructor) kills its process group and reaps it.
 class HeadlessChromium {
 public:
     static constexpr const char* executable = "/usr/bin/chromium";
 
-    // The profile folder goes below `profileParent`.
-    explicit HeadlessChromium(std::filesystem::path profileParent);
-    ~HeadlessChromium();
+    explicit HeadlessChromium(std::filesystem::path profileParent)
+        : profileParent(std::move(profileParent)) {}
 
     static bool isInstalled();
     bool open(const std::string& url);
@@ -26,7 +25,7 @@ public:
 private:
     std::filesystem::path profileParent;
     std::mutex mutex;
-    std::vector<std::unique_ptr<SpawnedProcess>> processes;
+    std::unique_ptr<SpawnedProcess> process;
 };
 
 } // namespace gaugewell::testing
