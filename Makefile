@@ -3,7 +3,7 @@ SHELL := /bin/bash
 JOBS ?= $(shell nproc)
 SESSION := scripts/test-session.sh
 
-.PHONY: all setup build run test asan tsan bench format clean
+.PHONY: all setup build run test asan tsan bench package translations format clean
 
 all: build
 
@@ -16,9 +16,14 @@ build/%/build.ninja: CMakeLists.txt CMakePresets.json
 build: setup build/debug/build.ninja
 	cmake --build --preset debug -j $(JOBS)
 
-# Until the tray app exists, `make run` shows the current usage once (ARGS="..." runs any subcommand).
+# The tray application when there is a display; otherwise the current usage once, and how to get the
+# tray. ARGS="..." runs any subcommand instead.
 run: build
-	@build/debug/app/gaugewell $(or $(ARGS),status)
+	@if [ -n "$(ARGS)" ]; then build/debug/app/gaugewell $(ARGS); \
+	elif [ -n "$$DISPLAY$$WAYLAND_DISPLAY" ]; then build/debug/app/gaugewell; \
+	else build/debug/app/gaugewell status; \
+	  echo; echo "No display here (DISPLAY and WAYLAND_DISPLAY are unset): this was 'gaugewell status'."; \
+	  echo "In a desktop session, 'make run' (or build/debug/app/gaugewell) starts the tray application."; fi
 
 test: build
 	$(SESSION) ctest --preset debug -j $(JOBS)
@@ -34,6 +39,18 @@ tsan: setup build/tsan/build.ninja
 bench: setup build/release/build.ninja
 	cmake --build --preset release -j $(JOBS)
 	@for b in build/release/bench/*Benchmarks; do echo "== $$b"; $(SESSION) $$b; done
+
+# The .deb, then a check that it installs and runs (scripts/check-package.sh).
+package: setup build/package/build.ninja
+	cmake --build --preset package -j $(JOBS)
+	cd build/package && cpack -G DEB >/dev/null && ls gaugewell_*.deb
+	scripts/check-package.sh
+
+# Refreshes translations/gaugewell_*.ts from the texts in the code (then translate the new ones).
+translations:
+	@for ts in translations/gaugewell_*.ts; do /usr/lib/qt6/bin/lupdate -no-obsolete -locations none \
+	  UsageDomain Platform ProviderKit CodexProvider ClaudeProvider UsageCoordinator UsagePresentation GaugewellUI app \
+	  -ts $$ts; done
 
 format:
 	@git ls-files '*.h' '*.cpp' | xargs clang-format -i

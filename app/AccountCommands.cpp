@@ -63,15 +63,15 @@ int CommandLine::connect(const std::vector<std::string>& arguments, std::ostream
     const auto parsed = parseServiceArguments(arguments);
     const auto service = parsed ? serviceNamed(parsed->service) : std::nullopt;
     if (parsed && parsed->help) {
-        out << "Usage: gaugewell connect codex|claude\n  " << connectExplanation(ProviderService::codex)
-            << "\n  " << connectExplanation(ProviderService::claude) << '\n';
+        out << "Usage: gaugewell connect codex|claude\n  " << facts(ProviderService::codex).connectExplanation
+            << "\n  " << facts(ProviderService::claude).connectExplanation << '\n';
         return success;
     }
     if (!service || parsed->json) {
         err << "Usage: gaugewell connect codex|claude\n";
         return usageError;
     }
-    out << connectExplanation(*service) << "\nWaiting for the sign-in to complete (Ctrl-C cancels)...\n"
+    out << facts(*service).connectExplanation << "\nWaiting for the sign-in to complete (Ctrl-C cancels)...\n"
         << std::flush;
     const auto manager = dependencies.authentication();
     ProviderConnectionState state{*service, ProviderConnectionStatus::failed, std::nullopt};
@@ -94,8 +94,9 @@ int CommandLine::disconnect(const std::vector<std::string>& arguments, std::ostr
     const auto parsed = parseServiceArguments(arguments);
     const auto service = parsed ? serviceNamed(parsed->service) : std::nullopt;
     if (parsed && parsed->help) {
-        out << "Usage: gaugewell disconnect codex|claude\n  " << disconnectExplanation(ProviderService::codex)
-            << "\n  " << disconnectExplanation(ProviderService::claude) << '\n';
+        out << "Usage: gaugewell disconnect codex|claude\n  "
+            << facts(ProviderService::codex).disconnectExplanation << "\n  "
+            << facts(ProviderService::claude).disconnectExplanation << '\n';
         return success;
     }
     if (!service || parsed->json) {

@@ -1,6 +1,7 @@
 #include "CommandLine.h"
 
 #include "CommandLineArguments.h"
+#include "CommandTable.h"
 #include "ProviderReport.h"
 
 #include <algorithm>
@@ -41,27 +42,7 @@ CommandLine::CommandLine(Dependencies dependencies)
     : dependencies(std::move(dependencies)) {}
 
 std::string CommandLine::usage() {
-    return "Usage: gaugewell [COMMAND] [OPTIONS]\n"
-           "\n"
-           "Shows how much of your Codex and Claude subscription allowances you have used.\n"
-           "\n"
-           "Commands:\n"
-           "  probe codex|claude [--json]     check whether a service can be read on this machine\n"
-           "  collect codex|claude [--json]   read a service's current usage windows once\n"
-           "  accounts [--json]               show whether each service is connected\n"
-           "  connect codex|claude            sign in through the browser and allow usage access\n"
-           "  disconnect codex|claude         sign out and remove Gaugewell's access\n"
-           "  status [--json]                 refresh both services once and show their usage\n"
-           "  daemon                          run without a tray: refresh, notify, serve the widget feed\n"
-           "  widget [--format json|text|waybar]  read a running Gaugewell's widget feed\n"
-           "  report PATH                     write a sanitised diagnostics report\n"
-           "\n"
-           "Options:\n"
-           "  --json      print the records as JSON\n"
-           "  --help      show this help\n"
-           "  --version   show the version\n"
-           "\n"
-           "Exit status: 0 success, 1 a failed collection or operation, 2 a usage error.\n";
+    return commandLineUsage();
 }
 
 int CommandLine::run(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const {
@@ -99,6 +80,15 @@ int CommandLine::run(const std::vector<std::string>& arguments, std::ostream& ou
     }
     if (arguments[0] == "widget") {
         return widget(arguments, out, err);
+    }
+    if (arguments[0] == "config") {
+        return config(arguments, out, err);
+    }
+    if (arguments[0] == "show") {
+        return show(arguments, out, err);
+    }
+    if (arguments[0] == "quit") {
+        return quit(arguments, out, err);
     }
     err << "gaugewell: unknown command '" << arguments[0] << "'\n\n" << usage();
     return usageError;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "GaugewellUI/Model/RunningInstance.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
 #include "GaugewellWidgetSupport/WidgetUsageLoader.h"
 #include "Platform/UserDefaults.h"
+#include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
 #include "ProviderKit/GaugewellProvider.h"
-#include "ProviderKit/ProviderAuthenticationManager.h"
 #include "UsageDomain/Date.h"
 
 #include <functional>
@@ -30,6 +31,9 @@ public:
         std::function<std::unique_ptr<UsageAppModel>(UsageNotificationController*)> makeModel;
         // One read of a running Gaugewell's widget feed.
         std::function<WidgetFetchResult()> fetchWidget;
+        // Asks the running tray application to act (`Activate` when the request is absent).
+        std::function<Status<RunningInstanceError>(const std::optional<ApplicationRequest>&)>
+            askRunningInstance;
     };
 
     static constexpr int success = 0;
@@ -53,6 +57,9 @@ private:
     int report(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
     int daemon(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
     int widget(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int config(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int show(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
+    int quit(const std::vector<std::string>& arguments, std::ostream& out, std::ostream& err) const;
 
     Dependencies dependencies;
 };

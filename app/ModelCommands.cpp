@@ -1,4 +1,5 @@
 #include "CommandLine.h"
+#include "GaugewellUI/Model/ApplicationCore.h"
 #include "GaugewellUI/Model/DBusNotificationBackend.h"
 #include "GaugewellUI/Model/DiagnosticsReport.h"
 #include "GaugewellUI/Model/SanitizedProviderDiagnostics.h"
@@ -160,13 +161,7 @@ int CommandLine::report(const std::vector<std::string>& arguments, std::ostream&
         err << "gaugewell: the refresh did not finish in time\n";
         return failure;
     }
-    std::vector<SanitizedProviderDiagnostics> providers;
-    for (const auto& provider : model->providers()) {
-        providers.push_back(
-            SanitizedProviderDiagnostics::from(provider, model->connectionState(provider.service).status));
-    }
-    const auto text =
-        diagnosticsReport(providers, dependencies.now(), DiagnosticsReportEnvironment::current());
+    const auto text = model->diagnosticsReport();
     if (const auto error = writeDiagnosticsReport(arguments[1], text)) {
         err << "gaugewell: " << diagnosticsReportWriteErrorText(*error) << '\n';
         return failure;
@@ -195,17 +190,14 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
         ::setrlimit(RLIMIT_NOFILE, &files);
     }
     auto& app = application();
-    UsageNotificationController notifications(std::make_shared<DBusNotificationBackend>(),
-                                              dependencies.defaults());
-    const auto model = dependencies.makeModel(&notifications);
-    WidgetLiveServer server(
-        [&model](WidgetLiveServer::SnapshotReply reply) { model->widgetSnapshot(std::move(reply)); });
+    ApplicationCore core(dependencies.defaults(), std::make_shared<DBusNotificationBackend>(),
+                         dependencies.makeModel);
     // Quitting is queued onto the loop itself, so that everything shuts down in order.
     const InterruptWatcher quitOnSignals(
         [&app] { QMetaObject::invokeMethod(&app, &QCoreApplication::quit, Qt::QueuedConnection); },
         {SIGINT, SIGTERM});
-    model->start();
-    server.start();
+    core.start(true);
+    const auto& server = core.widgetFeed();
     if (server.isListening()) {
         out << "Gaugewell is running; widget feed at http://127.0.0.1:" << server.port()
             << "/widget/v1. Ctrl-C stops it.\n"
@@ -217,7 +209,7 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
             << std::flush;
     }
     app.exec();
-    server.stop();
+    core.stop();
     return success;
 }
 

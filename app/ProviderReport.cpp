@@ -1,8 +1,8 @@
 #include "ProviderReport.h"
 
 #include "UsageDomain/RecordCoding.h"
+#include "UsagePresentation/UsagePercentage.h"
 
-#include <cmath>
 #include <ctime>
 #include <sstream>
 
@@ -98,16 +98,14 @@ std::string ProviderReport::probeText(const ProviderProbeResult& result) {
 }
 
 std::string ProviderReport::usedPercentText(const UsageWindowSample& window) {
-    std::optional<double> used;
+    std::optional<std::int64_t> percentage;
     if (window.usedFraction()) {
-        used = window.usedFraction()->toDouble();
+        percentage = displayedPercentage(*window.usedFraction(), PercentageDisplayMode::consumed);
     } else if (window.remainingFraction()) {
-        used = 1.0 - window.remainingFraction()->toDouble();
+        // What remains of the remaining fraction is the used one.
+        percentage = displayedPercentage(*window.remainingFraction(), PercentageDisplayMode::remaining);
     }
-    if (!used) {
-        return "-";
-    }
-    return std::to_string(static_cast<long long>(std::round(*used * 100))) + "%";
+    return percentage ? percentageText(*percentage) : "-";
 }
 
 std::string ProviderReport::relativeText(Date moment, Date now) {

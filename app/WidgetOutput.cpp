@@ -3,9 +3,9 @@
 #include "UsageDomain/JsonValue.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
 #include "UsagePresentation/ResetTimeFormatter.h"
+#include "UsagePresentation/UsagePercentage.h"
 
 #include <algorithm>
-#include <cmath>
 
 namespace gaugewell {
 
@@ -16,7 +16,7 @@ std::string providerName(WidgetProviderService service) {
 }
 
 std::string percent(double fraction) {
-    return std::to_string(static_cast<long long>(std::round(fraction * 100))) + "%";
+    return percentageText(displayedPercentage(fraction).value_or(0));
 }
 
 // The first window is the shortest one: the one a user runs into first.
@@ -104,7 +104,8 @@ std::string widgetOutput(const WidgetUsageSnapshot& snapshot, WidgetOutputFormat
                            : *highest >= 0.9  ? "critical"
                            : *highest >= 0.75 ? "warning"
                                               : "normal";
-    return waybarLine(text, details(snapshot, now), cssClass, std::lround(highest.value_or(0) * 100));
+    return waybarLine(text, details(snapshot, now), cssClass,
+                      displayedPercentage(highest.value_or(0)).value_or(0));
 }
 
 std::string waybarUnavailableLine(const std::string& problem) {

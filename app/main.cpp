@@ -1,6 +1,9 @@
 #include "GaugewellUI/Model/ApplicationServices.h"
+#include "GaugewellUI/Model/RunningInstance.h"
 #include "app/CommandLine.h"
+#include "app/TrayApplication.h"
 
+#include <QCoreApplication>
 #include <chrono>
 #include <csignal>
 #include <iostream>
@@ -20,6 +23,9 @@ bool openSignInPage(const std::string& url) {
 int main(int argc, char** argv) {
     // A child that exits while we write to it must not take us down with it.
     std::signal(SIGPIPE, SIG_IGN);
+    if (argc == 1) {
+        return gaugewell::runTrayApplication(argc, argv);
+    }
 
     std::optional<gaugewell::ApplicationServices> services;
     const auto ensureServices = [&]() -> gaugewell::ApplicationServices& {
@@ -37,13 +43,8 @@ int main(int argc, char** argv) {
 
     const gaugewell::CommandLine commandLine({
         [&](std::string_view service) -> std::shared_ptr<const gaugewell::GaugewellProvider> {
-            if (service == "codex") {
-                return ensureServices().codexCollector;
-            }
-            if (service == "claude") {
-                return ensureServices().claudeCollector;
-            }
-            return nullptr;
+            const auto known = gaugewell::fromRawValue<gaugewell::ProviderService>(service);
+            return known ? ensureServices().collectors[*known] : nullptr;
         },
         [&] { return ensureServices().authentication; },
         [] { return std::chrono::system_clock::now(); },
@@ -51,10 +52,17 @@ int main(int argc, char** argv) {
         [&](gaugewell::UsageNotificationController* notifications) {
             auto& services = ensureServices();
             return std::make_unique<gaugewell::UsageAppModel>(gaugewell::UsageAppModel::Dependencies{
-                services.authentication, services.codexCollector, services.claudeCollector, services.defaults,
-                notifications});
+                services.authentication, services.collectors, services.defaults, notifications});
         },
         [] { return gaugewell::WidgetUsageLoader::live().fetch(); },
+        [](const std::optional<gaugewell::ApplicationRequest>& request) {
+            // A bus connection needs an application object's event loop to answer on.
+            static int qtArgc = 1;
+            static char name[] = "gaugewell";
+            static char* qtArgv[] = {name, nullptr};
+            static QCoreApplication application(qtArgc, qtArgv);
+            return gaugewell::askRunningInstance(request);
+        },
     });
     return commandLine.run(std::vector<std::string>(argv + 1, argv + argc), std::cout, std::cerr);
 }

@@ -8,11 +8,13 @@ packages=(
   g++ cmake ninja-build make clang-format pkg-config
   # libraries
   libsimdjson-dev nlohmann-json3-dev libicu-dev libssl-dev libcurl4-openssl-dev libsecret-1-dev
-  qt6-base-dev qt6-charts-dev qt6-svg-dev
+  qt6-base-dev qt6-charts-dev qt6-svg-dev libqt6opengl6-dev qt6-l10n-tools qt6-tools-dev
   # tests and benchmarks
-  libgtest-dev libgmock-dev libbenchmark-dev
+  libgtest-dev libgmock-dev libbenchmark-dev libcpp-httplib-dev
   dbus dbus-daemon libglib2.0-bin gnome-keyring libsecret-tools python3 python3-dbusmock
   curl xdg-utils chromium xvfb xauth x11-utils imagemagick trayer fonts-dejavu-core
+  # packaging checks
+  desktop-file-utils appstream
   nodejs
 )
 

@@ -4,39 +4,29 @@
 #include "CodexProvider/CodexUsageProvider.h"
 #include "Platform/FileUserDefaults.h"
 #include "Platform/SecretStore.h"
-#include "ProviderKit/ChildProcess.h"
-#include "ProviderKit/ClaudeCredentialStore.h"
-#include "ProviderKit/CurlHttpClient.h"
-#include "ProviderKit/PosixCommandRunner.h"
+#include "Platform/SettingsKeys.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeCredentialStore.h"
+#include "ProviderKit/Http/CurlHttpClient.h"
+#include "ProviderKit/Process/ChildProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 
 #include <chrono>
 #include <thread>
 
 namespace gaugewell {
 
-namespace {
-
-std::string endpointProblem(ClaudeEndpointsError error) {
-    const char* variable = error == ClaudeEndpointsError::invalidSignInURL ? "GAUGEWELL_CLAUDE_SIGNIN_URL"
-                           : error == ClaudeEndpointsError::invalidPlatformURL
-                               ? "GAUGEWELL_CLAUDE_PLATFORM_URL"
-                               : "GAUGEWELL_CLAUDE_API_URL";
-    return std::string(variable) + " must be an https:// base URL (http:// only for a loopback host)";
-}
-
-} // namespace
-
 Expected<ApplicationServices, std::string> ApplicationServices::make(const Environment& environment,
                                                                      BrowserOpener browserOpener) {
     const auto endpoints = ClaudeEndpoints::fromEnvironment(environment);
     if (!endpoints) {
-        return unexpected(endpointProblem(endpoints.error()));
+        return unexpected(std::string(describe(endpoints.error())));
     }
     const auto home = environment.count("HOME") != 0 ? std::filesystem::path(environment.at("HOME"))
                                                      : std::filesystem::path("/");
 
     ApplicationServices services;
-    services.defaults = std::make_shared<FileUserDefaults>(FileUserDefaults::standardLocation());
+    services.settingsFile = std::make_shared<FileUserDefaults>(FileUserDefaults::standardLocation());
+    services.defaults = services.settingsFile;
     services.http = std::make_shared<CurlHttpClient>();
     services.claudeSession =
         std::make_shared<ClaudeOAuthSession>(ClaudeCredentialStore(std::make_shared<LibsecretSecretStore>()),
@@ -50,13 +40,13 @@ Expected<ApplicationServices, std::string> ApplicationServices::make(const Envir
             home,
             {},
             services.defaults,
-            "connections.oauth-authorized.v2",
+            std::string(settingsKey::oauthAuthorizedPrefix),
             std::make_shared<ClaudeSessionAuthenticator>(services.claudeSession),
             services.codexSession,
             environment});
-    services.codexCollector =
+    services.collectors[ProviderService::codex] =
         std::make_shared<CodexUsageProvider>(std::nullopt, ExecutableLocator(), runner, home, environment);
-    services.claudeCollector =
+    services.collectors[ProviderService::claude] =
         std::make_shared<ClaudeUsageProvider>(services.claudeSession, services.http, *endpoints);
     return services;
 }

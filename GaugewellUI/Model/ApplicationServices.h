@@ -1,13 +1,14 @@
 #pragma once
 
+#include "Platform/FileUserDefaults.h"
 #include "Platform/UserDefaults.h"
-#include "ProviderKit/ClaudeEndpoints.h"
-#include "ProviderKit/ClaudeOAuthSession.h"
-#include "ProviderKit/CodexOAuthSession.h"
-#include "ProviderKit/Environment.h"
+#include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeEndpoints.h"
+#include "ProviderKit/ClaudeSignIn/ClaudeOAuthSession.h"
+#include "ProviderKit/CodexSignIn/CodexOAuthSession.h"
 #include "ProviderKit/GaugewellProvider.h"
-#include "ProviderKit/HttpClient.h"
-#include "ProviderKit/ProviderAuthenticationManager.h"
+#include "ProviderKit/Http/HttpClient.h"
+#include "ProviderKit/Process/Environment.h"
 #include "UsageDomain/Expected.h"
 
 #include <functional>
@@ -23,12 +24,13 @@ struct ApplicationServices {
     using BrowserOpener = std::function<bool(const std::string& url)>;
 
     std::shared_ptr<UserDefaults> defaults;
+    // The same store, for watching the file that backs it.
+    std::shared_ptr<FileUserDefaults> settingsFile;
     std::shared_ptr<HttpClient> http;
     std::shared_ptr<ClaudeOAuthSession> claudeSession;
     std::shared_ptr<CodexOAuthSession> codexSession;
     std::shared_ptr<ProviderAuthenticationManager> authentication;
-    std::shared_ptr<const GaugewellProvider> codexCollector;
-    std::shared_ptr<const GaugewellProvider> claudeCollector;
+    PerService<std::shared_ptr<const GaugewellProvider>> collectors;
 
     // Fails only when an endpoint override in the environment is unusable; the text says which.
     static Expected<ApplicationServices, std::string> make(const Environment& environment,

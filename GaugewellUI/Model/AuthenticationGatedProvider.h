@@ -1,7 +1,7 @@
 #pragma once
 
+#include "ProviderKit/Authentication/ProviderAuthenticating.h"
 #include "ProviderKit/GaugewellProvider.h"
-#include "ProviderKit/ProviderAuthenticating.h"
 
 #include <memory>
 

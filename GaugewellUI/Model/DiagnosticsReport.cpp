@@ -1,7 +1,7 @@
 #include "DiagnosticsReport.h"
 
+#include "GaugewellUI/Model/SafeFileReader.h"
 #include "Platform/AtomicFile.h"
-#include "ProviderKit/SafeFileReader.h"
 #include "UsageDomain/Uuid.h"
 
 #include <cerrno>
@@ -153,8 +153,8 @@ std::optional<DiagnosticsReportWriteError> writeDiagnosticsReport(const std::fil
     // 0666 less the umask: the report is the user's document, not a secret.
     const mode_t umask = ::umask(0);
     ::umask(umask);
-    if (const auto error = replaceFileAtomically(destination, text, 0666 & ~umask)) {
-        return writeError(*error);
+    if (const auto written = replaceFileAtomically(destination, text, 0666 & ~umask); !written) {
+        return writeError(static_cast<int>(written.error()));
     }
     return std::nullopt;
 }

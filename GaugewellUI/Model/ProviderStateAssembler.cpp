@@ -1,5 +1,7 @@
 #include "ProviderStateAssembler.h"
 
+#include "Localizable.h"
+
 #include <QCoreApplication>
 #include <algorithm>
 #include <ctime>
@@ -35,10 +37,6 @@ Date startOfLocalDay(Date moment) {
 
 } // namespace
 
-std::string localized(const char* text) {
-    return QCoreApplication::translate("Localizable", text).toStdString();
-}
-
 ProviderAvailability ProviderStateAssembler::availabilityWhenNotSignedIn(ProviderConnectionStatus status) {
     switch (status) {
     case ProviderConnectionStatus::notInstalled:
@@ -60,7 +58,7 @@ std::string ProviderStateAssembler::notSignedInMessage(const std::optional<Provi
     if (state && state->detail) {
         return *state->detail;
     }
-    return localized("Sign in to access this account's usage.");
+    return Localizable::tr("Sign in to access this account's usage.").toStdString();
 }
 
 std::vector<ProviderViewState> ProviderStateAssembler::assemble(
@@ -76,9 +74,9 @@ std::vector<ProviderViewState> ProviderStateAssembler::assemble(
         const auto& collection = outcome.collection();
         const auto connection = connectionStates.find(*service);
         if (connection == connectionStates.end()) {
-            states.push_back(emptyState(*service, collection.provider(),
-                                        ProviderAvailability::authenticationRequired,
-                                        {notSignedInDiagnostic(*service, localized("Checking sign-in"))}));
+            states.push_back(emptyState(
+                *service, collection.provider(), ProviderAvailability::authenticationRequired,
+                {notSignedInDiagnostic(*service, Localizable::tr("Checking sign-in").toStdString())}));
             continue;
         }
         if (connection->second.status != ProviderConnectionStatus::signedIn) {
@@ -118,9 +116,10 @@ std::vector<ProviderViewState> ProviderStateAssembler::assemble(
                 : ProviderDescriptor(held.providerID, std::string(displayName(*service)), std::nullopt);
         const std::string message =
             held.retryAt
-                ? replacingPlaceholder(localized("The last refresh failed. Retrying %@ — or refresh now."),
-                                       relativeTime.format(*held.retryAt, now))
-                : localized("The last refresh failed. Waiting before retrying.");
+                ? replacingPlaceholder(
+                      Localizable::tr("The last refresh failed. Retrying %@ — or refresh now.").toStdString(),
+                      relativeTime.format(*held.retryAt, now))
+                : Localizable::tr("The last refresh failed. Waiting before retrying.").toStdString();
         states.push_back(
             emptyState(*service, std::move(descriptor), ProviderAvailability::temporarilyUnavailable,
                        {ProviderDiagnostic(DiagnosticSeverity::warning,
@@ -174,9 +173,11 @@ ProviderStateAssembler::rederive(const std::vector<ProviderViewState>& providers
             states.push_back(provider);
             continue;
         }
-        states.push_back(emptyState(
-            provider.service, provider.descriptor, ProviderAvailability::authenticationRequired,
-            {notSignedInDiagnostic(provider.service, localized("Sign in to access this account's usage."))}));
+        states.push_back(
+            emptyState(provider.service, provider.descriptor, ProviderAvailability::authenticationRequired,
+                       {notSignedInDiagnostic(
+                           provider.service,
+                           Localizable::tr("Sign in to access this account's usage.").toStdString())}));
     }
     return states;
 }

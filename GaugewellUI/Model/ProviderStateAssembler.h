@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProviderKit/ProviderConnectionState.h"
+#include "ProviderKit/Authentication/ProviderConnectionState.h"
 #include "ProviderViewState.h"
 #include "UsageCoordinator/ProviderRefreshOutcome.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
@@ -41,8 +41,5 @@ public:
     static ProviderDiagnostic notSignedInDiagnostic(ProviderService service, const std::string& message);
     static std::string notSignedInMessage(const std::optional<ProviderConnectionState>& state);
 };
-
-// The English text as the key of the "Localizable" table; the text itself when no translation exists.
-std::string localized(const char* text);
 
 } // namespace gaugewell

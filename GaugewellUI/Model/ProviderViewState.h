@@ -1,6 +1,6 @@
 #pragma once
 
-#include "ProviderKit/ProviderService.h"
+#include "ProviderKit/Authentication/ProviderService.h"
 #include "UsageDomain/ProviderCapabilities.h"
 #include "UsageDomain/ProviderDescriptor.h"
 #include "UsageDomain/ProviderDiagnostic.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "GaugewellUI/Model/ProviderViewState.h"
-#include "ProviderKit/ProviderConnectionState.h"
+#include "ProviderKit/Authentication/ProviderConnectionState.h"
 #include "UsageDomain/Date.h"
 #include "UsageDomain/ProviderDiagnostic.h"
 #include "UsageDomain/ProviderEnumerations.h"

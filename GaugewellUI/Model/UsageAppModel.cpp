@@ -2,6 +2,10 @@
 
 #include "AuthenticationGatedProvider.h"
 #include "BackgroundWork.h"
+#include "DiagnosticsReport.h"
+#include "Localizable.h"
+#include "Platform/SettingsKeys.h"
+#include "SanitizedProviderDiagnostics.h"
 #include "UsageNotificationController.h"
 #include "WidgetSnapshotBuilder.h"
 
@@ -16,11 +20,9 @@ using States = std::map<ProviderService, ProviderConnectionState>;
 std::vector<ProviderRegistration> registrations(const UsageAppModel::Dependencies& dependencies) {
     std::vector<ProviderRegistration> result;
     for (const auto service : allProviderServices) {
-        const auto& collector =
-            service == ProviderService::codex ? dependencies.codexCollector : dependencies.claudeCollector;
-        result.emplace_back(
-            *Uuid::parse(connectionID(service)),
-            std::make_shared<AuthenticationGatedProvider>(service, collector, dependencies.authentication));
+        result.emplace_back(*Uuid::parse(connectionID(service)),
+                            std::make_shared<AuthenticationGatedProvider>(
+                                service, dependencies.collectors[service], dependencies.authentication));
     }
     return result;
 }
@@ -33,8 +35,9 @@ UsageAppModel::UsageAppModel(Dependencies dependencies, QObject* parent)
     , coordinator(std::make_shared<RefreshCoordinator>(
           registrations(this->dependencies), this->dependencies.backoffPolicy, this->dependencies.now)) {
     for (const auto service : allProviderServices) {
-        connectionStates.emplace(service, ProviderConnectionState{service, ProviderConnectionStatus::checking,
-                                                                  localized("Checking sign-in")});
+        connectionStates.emplace(service,
+                                 ProviderConnectionState{service, ProviderConnectionStatus::checking,
+                                                         Localizable::tr("Checking sign-in").toStdString()});
     }
     tickTimer.setInterval(this->dependencies.tick);
     QObject::connect(&tickTimer, &QTimer::timeout, this, [this] { refreshIfDue(); });
@@ -50,7 +53,8 @@ UsageAppModel::~UsageAppModel() {
 ProviderConnectionState UsageAppModel::connectionState(ProviderService service) const {
     const auto state = connectionStates.find(service);
     if (state == connectionStates.end()) {
-        return {service, ProviderConnectionStatus::checking, localized("Checking sign-in")};
+        return {service, ProviderConnectionStatus::checking,
+                Localizable::tr("Checking sign-in").toStdString()};
     }
     return state->second;
 }
@@ -64,8 +68,8 @@ std::vector<ProviderMenuSnapshot> UsageAppModel::menuSnapshots() const {
 }
 
 std::chrono::seconds UsageAppModel::refreshInterval() const {
-    const double configured = dependencies.defaults->doubleValue(interactive ? "advanced.refreshActiveSeconds"
-                                                                             : "advanced.refreshIdleSeconds");
+    const double configured = dependencies.defaults->doubleValue(
+        interactive ? settingsKey::refreshActiveSeconds : settingsKey::refreshIdleSeconds);
     if (configured > 0) {
         // Clamped to a day as well: a huge number must not overflow the comparison.
         return std::chrono::seconds(static_cast<long long>(std::clamp(configured, 120.0, 86400.0 * 365)));
@@ -105,16 +109,18 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
     }
     const auto authentication = dependencies.authentication;
     const auto coordinator = this->coordinator;
-    return runInBackground([authentication] {
-               States states;
-               for (const auto service : allProviderServices) {
-                   states.emplace(service, authentication->status(service));
-               }
-               return states;
-           })
+    // Both at once: a slow `codex login status` must not hold up the Claude check.
+    QList<QFuture<ProviderConnectionState>> checks;
+    for (const auto service : allProviderServices) {
+        checks.append(runInBackground([authentication, service] { return authentication->status(service); }));
+    }
+    return QtFuture::whenAll(checks.begin(), checks.end())
         .then(this,
-              [this, coordinator, trigger](States states) {
-                  connectionStates = std::move(states);
+              [this, coordinator, trigger](const QList<QFuture<ProviderConnectionState>>& answered) {
+                  for (const auto& answer : answered) {
+                      const auto state = answer.result();
+                      connectionStates.insert_or_assign(state.service, state);
+                  }
                   emit connectionStatesChanged();
                   return runInBackground([coordinator, trigger] {
                       auto summary = coordinator->refresh(trigger);
@@ -188,8 +194,8 @@ QFuture<void> UsageAppModel::connectService(ProviderService service) {
         return QtFuture::makeReadyFuture();
     }
     setAuthenticationAction(service);
-    setConnectionState(
-        {service, ProviderConnectionStatus::connecting, localized("Complete sign-in in your browser")});
+    setConnectionState({service, ProviderConnectionStatus::connecting,
+                        Localizable::tr("Complete sign-in in your browser").toStdString()});
     const auto authentication = dependencies.authentication;
     return runInBackground([authentication, service] { return authentication->login(service); })
         .then(this,
@@ -205,13 +211,29 @@ QFuture<void> UsageAppModel::connectService(ProviderService service) {
         .unwrap();
 }
 
+std::string UsageAppModel::diagnosticsReport() const {
+    std::vector<SanitizedProviderDiagnostics> sanitized;
+    for (const auto& provider : providers_) {
+        sanitized.push_back(
+            SanitizedProviderDiagnostics::from(provider, connectionState(provider.service).status));
+    }
+    return gaugewell::diagnosticsReport(sanitized, dependencies.now(),
+                                        DiagnosticsReportEnvironment::current());
+}
+
+void UsageAppModel::cancelSignIn() {
+    if (authenticationAction_) {
+        dependencies.authentication->cancelLogin();
+    }
+}
+
 QFuture<void> UsageAppModel::disconnectService(ProviderService service) {
     if (authenticationAction_) {
         return QtFuture::makeReadyFuture();
     }
     setAuthenticationAction(service);
-    setConnectionState(
-        {service, ProviderConnectionStatus::disconnecting, localized("Disconnecting from Gaugewell")});
+    setConnectionState({service, ProviderConnectionStatus::disconnecting,
+                        Localizable::tr("Disconnecting from Gaugewell").toStdString()});
     rederive();
     const auto authentication = dependencies.authentication;
     return runInBackground([authentication, service] { return authentication->disconnect(service); })

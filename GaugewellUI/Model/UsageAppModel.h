@@ -2,7 +2,7 @@
 
 #include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
 #include "Platform/UserDefaults.h"
-#include "ProviderKit/ProviderAuthenticating.h"
+#include "ProviderKit/Authentication/ProviderAuthenticating.h"
 #include "ProviderStateAssembler.h"
 #include "ProviderViewState.h"
 #include "UsageCoordinator/RefreshCoordinator.h"
@@ -32,8 +32,7 @@ class UsageAppModel : public QObject {
 public:
     struct Dependencies {
         std::shared_ptr<ProviderAuthenticating> authentication;
-        std::shared_ptr<const GaugewellProvider> codexCollector;
-        std::shared_ptr<const GaugewellProvider> claudeCollector;
+        PerService<std::shared_ptr<const GaugewellProvider>> collectors;
         std::shared_ptr<UserDefaults> defaults;
         UsageNotificationController* notifications = nullptr; // optional; not owned
         std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
@@ -68,6 +67,10 @@ public:
     // Sign-in and sign-out, one at a time; a second request while one runs is ignored.
     QFuture<void> connectService(ProviderService service);
     QFuture<void> disconnectService(ProviderService service);
+    // Ends a sign-in that waits for the browser; it then reports `failed`. Returns at once.
+    void cancelSignIn();
+    // The sanitised diagnostics report of what the model holds now (no usage, no account data).
+    std::string diagnosticsReport() const;
     // The widget feed's answer, after a manual refresh (or the one already running).
     void widgetSnapshot(SnapshotReply reply);
 

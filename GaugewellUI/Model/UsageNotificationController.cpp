@@ -1,5 +1,6 @@
 #include "UsageNotificationController.h"
 
+#include "Platform/SettingsKeys.h"
 #include "UsageNotificationContent.h"
 
 #include <QPromise>
@@ -77,7 +78,7 @@ QFuture<void> UsageNotificationController::refreshPermission(bool mayRequest) {
         // A desktop notification service has no consent of its own to remember between launches: alerts
         // switched on in an earlier run stand for the consent given then.
         if (mayRequest && permission == UsageNotificationPermission::notRequested &&
-            defaults->boolValue(enabledKey)) {
+            defaults->boolValue(settingsKey::notificationsEnabled)) {
             requestPermission().then(this, [done] { done->finish(); });
             return;
         }
@@ -100,16 +101,18 @@ QFuture<void> UsageNotificationController::requestPermission() {
 }
 
 QFuture<void> UsageNotificationController::process(const std::vector<ProviderViewState>& providers) {
-    const bool enabled = defaults->boolValue(enabledKey);
+    const bool enabled = defaults->boolValue(settingsKey::notificationsEnabled);
     std::vector<double> thresholds;
-    const std::pair<const char*, double> thresholdKeys[] = {
-        {threshold50Key, 0.5}, {threshold75Key, 0.75}, {threshold90Key, 0.9}, {threshold95Key, 0.95}};
+    const std::pair<std::string_view, double> thresholdKeys[] = {{settingsKey::threshold50, 0.5},
+                                                                 {settingsKey::threshold75, 0.75},
+                                                                 {settingsKey::threshold90, 0.9},
+                                                                 {settingsKey::threshold95, 0.95}};
     for (const auto& [key, fraction] : thresholdKeys) {
         if (defaults->storedBool(key).value_or(true)) {
             thresholds.push_back(fraction);
         }
     }
-    const bool notifiesOnReset = defaults->storedBool(windowResetKey).value_or(false);
+    const bool notifiesOnReset = defaults->storedBool(settingsKey::windowReset).value_or(false);
 
     const auto events = evaluator_.evaluate(alertSamples(providers), enabled, thresholds, notifiesOnReset);
     if (!enabled || permission_ != UsageNotificationPermission::allowed || events.empty() || !backend) {

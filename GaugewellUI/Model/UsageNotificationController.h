@@ -26,13 +26,6 @@ class UsageNotificationController : public QObject {
     Q_OBJECT
 
 public:
-    static constexpr const char* enabledKey = "notifications.enabled";
-    static constexpr const char* threshold50Key = "notifications.threshold.50";
-    static constexpr const char* threshold75Key = "notifications.threshold.75";
-    static constexpr const char* threshold90Key = "notifications.threshold.90";
-    static constexpr const char* threshold95Key = "notifications.threshold.95";
-    static constexpr const char* windowResetKey = "notifications.windowReset";
-
     // Without a backend, permission is `unavailable` for good.
     UsageNotificationController(std::shared_ptr<NotificationBackend> backend,
                                 std::shared_ptr<UserDefaults> defaults, QObject* parent = nullptr);

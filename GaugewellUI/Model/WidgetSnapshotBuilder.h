@@ -2,7 +2,7 @@
 
 #include "GaugewellUI/Model/ProviderViewState.h"
 #include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
-#include "ProviderKit/ProviderConnectionState.h"
+#include "ProviderKit/Authentication/ProviderConnectionState.h"
 
 #include <map>
 #include <optional>

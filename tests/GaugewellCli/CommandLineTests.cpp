@@ -1,7 +1,9 @@
 #include "AuthenticationFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
+#include "Platform/SettingsKeys.h"
 #include "RecordFixtures.h"
 #include "app/CommandLine.h"
+#include "app/CommandTable.h"
 #include "app/ProviderReport.h"
 
 #include <condition_variable>
@@ -71,12 +73,17 @@ protected:
             [this] { return defaults; },
             nullptr,
             nullptr,
+            [this](const std::optional<ApplicationRequest>& request) -> Status<RunningInstanceError> {
+                askedOfInstance.push_back(request);
+                return unexpected(RunningInstanceError::notRunning);
+            },
         });
         return commandLine.run(arguments, out, err);
     }
 
     std::ostringstream out;
     std::ostringstream err;
+    std::vector<std::optional<ApplicationRequest>> askedOfInstance;
 };
 
 TEST_F(CommandLineTest, CollectJsonIsOneObjectWithTheRecordsInKeyedForm) {
@@ -165,7 +172,7 @@ TEST_F(CommandLineTest, ConnectAndDisconnectReportTheResultingState) {
     EXPECT_EQ(run({"connect", "claude"}), CommandLine::success);
     EXPECT_NE(out.str().find("Claude: signedIn"), std::string::npos);
     EXPECT_EQ(run({"disconnect", "claude"}), CommandLine::success);
-    EXPECT_NE(out.str().find("Tokens revoked and removed from the Keychain"), std::string::npos);
+    EXPECT_NE(out.str().find("Tokens revoked and removed from the keyring"), std::string::npos);
     EXPECT_EQ(run({"connect", "codex"}), CommandLine::failure);
     EXPECT_EQ(run({"connect", "gemini"}), CommandLine::usageError);
     EXPECT_EQ(run({"disconnect"}), CommandLine::usageError);
@@ -203,6 +210,70 @@ TEST_F(CommandLineTest, CtrlCCancelsASignInInProgress) {
     EXPECT_EQ(run({"connect", "claude"}), CommandLine::failure);
     EXPECT_EQ(err.str(), "Sign-in cancelled.\n");
     EXPECT_TRUE(waiting->wasCancelled);
+}
+
+TEST_F(CommandLineTest, ShowAndQuitAskTheRunningInstanceAndSayWhenThereIsNone) {
+    for (const std::vector<std::string>& wrong : {std::vector<std::string>{"show"},
+                                                  {"show", "window"},
+                                                  {"show", "dashboard", "general"},
+                                                  {"show", "settings", "privacy"},
+                                                  {"quit", "now"}}) {
+        EXPECT_EQ(run(wrong), CommandLine::usageError) << wrong[0] << ' ' << wrong.back();
+    }
+    EXPECT_TRUE(askedOfInstance.empty());
+
+    EXPECT_EQ(run({"show", "settings", "menuBar"}), CommandLine::failure);
+    EXPECT_EQ(err.str(), "gaugewell: Gaugewell is not running\n");
+    EXPECT_EQ(run({"quit"}), CommandLine::failure);
+    ASSERT_EQ(askedOfInstance.size(), 2u);
+    EXPECT_EQ(askedOfInstance[0],
+              (ApplicationRequest{ApplicationAction::settings, SettingsDestination::menuBar}));
+    EXPECT_EQ(askedOfInstance[1], (ApplicationRequest{ApplicationAction::quit, std::nullopt}));
+}
+
+TEST_F(CommandLineTest, ConfigChecksTypeAndRangeAndChangesNothingOnAWrongValue) {
+    EXPECT_EQ(run({"config", "set", "notifications.enabled", "yes"}), CommandLine::success);
+    EXPECT_EQ(defaults->storedBool(std::string(settingsKey::notificationsEnabled)), true);
+    EXPECT_EQ(run({"config", "set", "advanced.refreshIdleSeconds", "1200"}), CommandLine::success);
+
+    const std::vector<std::vector<std::string>> wrong{
+        {"config", "set", "notifications.enabled", "maybe"},
+        {"config", "set", "advanced.refreshIdleSeconds", "60"},
+        {"config", "set", "advanced.refreshIdleSeconds", "10min"},
+        {"config", "set", "menu.density", "roomy"},
+        {"config", "set", "menu.colour", "blue"},
+        {"config", "set", "menu.density"},
+    };
+    for (const auto& arguments : wrong) {
+        EXPECT_EQ(run(arguments), CommandLine::usageError) << arguments[2];
+    }
+    EXPECT_EQ(err.str(), "Usage: gaugewell config [get KEY | set KEY VALUE | reset KEY]\n");
+    EXPECT_EQ(run({"config", "set", "advanced.refreshIdleSeconds", "60"}), CommandLine::usageError);
+    EXPECT_EQ(err.str(), "gaugewell: advanced.refreshIdleSeconds: the value is out of range (300..3600)\n");
+    EXPECT_EQ(defaults->doubleValue(settingsKey::refreshIdleSeconds), 1200);
+
+    EXPECT_EQ(run({"config", "get", "advanced.refreshIdleSeconds"}), CommandLine::success);
+    EXPECT_EQ(out.str(), "1200\n");
+    EXPECT_EQ(run({"config", "reset", "advanced.refreshIdleSeconds"}), CommandLine::success);
+    EXPECT_EQ(run({"config", "get", "advanced.refreshIdleSeconds"}), CommandLine::success);
+    EXPECT_EQ(out.str(), "600\n");
+    EXPECT_EQ(run({"config"}), CommandLine::success);
+    EXPECT_NE(out.str().find("true            (default false)  [true|false]"), std::string::npos);
+}
+
+TEST_F(CommandLineTest, EveryCommandInTheTableRunsAndIsInTheManualAndTheCompletions) {
+    const std::string manual = manualPage("1.0");
+    const std::string bash = bashCompletion();
+    const std::string zsh = zshCompletion();
+    for (const auto& command : commandTable()) {
+        const std::string name(command.name);
+        EXPECT_EQ(run({name, "--help"}), CommandLine::success) << name;
+        EXPECT_NE(out.str().find("Usage: gaugewell " + name), std::string::npos) << name;
+        EXPECT_NE(CommandLine::usage().find("  " + name), std::string::npos) << name;
+        EXPECT_NE(manual.find(".B " + name), std::string::npos) << name;
+        EXPECT_NE(bash.find("    " + name + ")"), std::string::npos) << name;
+        EXPECT_NE(zsh.find("'" + name + ":"), std::string::npos) << name;
+    }
 }
 
 TEST(ProviderReport, UsedPercentRoundsHalfAwayFromZeroAndFallsBackToRemaining) {

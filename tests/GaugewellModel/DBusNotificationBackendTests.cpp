@@ -1,6 +1,7 @@
 #include "GaugewellUI/Model/DBusNotificationBackend.h"
 #include "GaugewellUI/Model/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
+#include "Platform/SettingsKeys.h"
 #include "QtTestSupport.h"
 #include "QtThreadSanitizerSuppressions.h"
 #include "SpawnedProcess.h"
@@ -148,7 +149,7 @@ protected:
         testing::coreApplication();
         ASSERT_TRUE(QDBusConnection::sessionBus().isConnected()) << "run inside scripts/test-session.sh";
         ASSERT_FALSE(nameOwned(QDBusConnection::sessionBus())) << "a notification server is already running";
-        defaults->set(UsageNotificationController::enabledKey, true);
+        defaults->set(settingsKey::notificationsEnabled, true);
         backend = std::make_shared<DBusNotificationBackend>();
     }
 

@@ -14,14 +14,15 @@ namespace gaugewell {
 namespace {
 
 using testing::ManualClock;
-using Status = ProviderConnectionStatus;
+using Connection = ProviderConnectionStatus;
 
 class FakeAuthentication : public ProviderAuthenticating {
 public:
     std::mutex mutex;
     std::map<ProviderService, ProviderConnectionState> states{
-        {ProviderService::codex, {ProviderService::codex, Status::signedIn, "ChatGPT account"}},
-        {ProviderService::claude, {ProviderService::claude, Status::signedOut, "Claude sign-in required"}}};
+        {ProviderService::codex, {ProviderService::codex, Connection::signedIn, "ChatGPT account"}},
+        {ProviderService::claude,
+         {ProviderService::claude, Connection::signedOut, "Claude sign-in required"}}};
     std::map<ProviderService, int> logins;
     bool holdLogins = false;
     std::condition_variable released;
@@ -34,12 +35,12 @@ public:
         std::unique_lock lock(mutex);
         ++logins[service];
         released.wait_for(lock, std::chrono::seconds(10), [&] { return !holdLogins; });
-        states[service] = {service, Status::signedIn, "signed in"};
+        states[service] = {service, Connection::signedIn, "signed in"};
         return states[service];
     }
     ProviderConnectionState disconnect(ProviderService service) override {
         const std::lock_guard lock(mutex);
-        states[service] = {service, Status::signedOut, "Signed out"};
+        states[service] = {service, Connection::signedOut, "Signed out"};
         return states[service];
     }
     void cancelLogin() override {}
@@ -93,7 +94,7 @@ protected:
     UsageAppModel& model() {
         if (!instance) {
             instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
-                authentication, codex, claude, defaults, nullptr, [this] { return clock.now(); }});
+                authentication, {codex, claude}, defaults, nullptr, [this] { return clock.now(); }});
         }
         return *instance;
     }
@@ -145,7 +146,7 @@ TEST_F(UsageAppModelTest, SignedInCollectionIsAvailableWithLimitationsAndSignedO
               ProviderDiagnostic(DiagnosticSeverity::warning, "claude.authentication_required",
                                  "Claude sign-in required"));
     EXPECT_EQ(claude->collections, 0); // gated: the collector is never asked
-    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::signedOut);
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Connection::signedOut);
     EXPECT_EQ(model().lastUpdatedAt(), clock.now());
     EXPECT_FALSE(model().isRefreshing());
 
@@ -188,7 +189,7 @@ TEST_F(UsageAppModelTest, OneSignInAtATime) {
     authentication->holdLogins = true;
     auto claudeSignIn = model().connectService(ProviderService::claude);
     EXPECT_EQ(model().authenticationAction(), ProviderService::claude);
-    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::connecting);
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Connection::connecting);
     auto codexSignIn = model().connectService(ProviderService::codex);
     EXPECT_TRUE(codexSignIn.isFinished());
     authentication->release();
@@ -196,14 +197,14 @@ TEST_F(UsageAppModelTest, OneSignInAtATime) {
     EXPECT_EQ(authentication->logins[ProviderService::codex], 0);
     EXPECT_FALSE(model().authenticationAction().has_value());
     // A completed sign-in refreshes at once.
-    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Status::signedIn);
+    EXPECT_EQ(model().connectionState(ProviderService::claude).status, Connection::signedIn);
     EXPECT_EQ(claude->collections, 1);
 }
 
 TEST_F(UsageAppModelTest, SignOutShowsTheSignInPromptUntilTheNextRefresh) {
     refresh(RefreshTrigger::manual);
     ASSERT_TRUE(testing::waitForFuture(model().disconnectService(ProviderService::codex)));
-    EXPECT_EQ(model().connectionState(ProviderService::codex).status, Status::signedOut);
+    EXPECT_EQ(model().connectionState(ProviderService::codex).status, Connection::signedOut);
     const auto& codexState = state(ProviderService::codex);
     EXPECT_EQ(codexState.availability, ProviderAvailability::authenticationRequired);
     EXPECT_TRUE(codexState.windows.empty());

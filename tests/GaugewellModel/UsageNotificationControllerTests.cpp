@@ -1,5 +1,6 @@
 #include "GaugewellUI/Model/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
+#include "Platform/SettingsKeys.h"
 #include "QtTestSupport.h"
 #include "ViewStateFixtures.h"
 
@@ -80,7 +81,7 @@ class UsageNotificationControllerTest : public ::testing::Test {
 protected:
     void SetUp() override {
         testing::coreApplication();
-        defaults->set(UsageNotificationController::enabledKey, true);
+        defaults->set(settingsKey::notificationsEnabled, true);
     }
 
     void allow() {
@@ -111,7 +112,7 @@ TEST_F(UsageNotificationControllerTest, WithoutABackendPermissionIsUnavailableAn
 
 TEST_F(UsageNotificationControllerTest, PermissionFollowsTheServiceAndRequestingAllows) {
     EXPECT_EQ(controller.permission(), UsageNotificationPermission::notRequested);
-    defaults->set(UsageNotificationController::enabledKey, false);
+    defaults->set(settingsKey::notificationsEnabled, false);
     const std::pair<NotificationAuthorization, UsageNotificationPermission> mapping[] = {
         {NotificationAuthorization::unavailable, UsageNotificationPermission::unavailable},
         {NotificationAuthorization::notDetermined, UsageNotificationPermission::notRequested},
@@ -148,7 +149,7 @@ TEST_F(UsageNotificationControllerTest, AlertsSwitchedOnEarlierStandForConsentOn
 }
 
 TEST_F(UsageNotificationControllerTest, PostsThresholdAndResetNotificationsWithTheirTexts) {
-    defaults->set(UsageNotificationController::windowResetKey, true);
+    defaults->set(settingsKey::windowReset, true);
     allow();
     const auto providers = [](const char* sessionUsed, const char* weeklyUsed, const char* opusUsed) {
         auto both = codex({session(sessionUsed), weekly(weeklyUsed)});
@@ -215,7 +216,7 @@ TEST_F(UsageNotificationControllerTest, NothingIsPostedWhenSwitchedOffOrNotAllow
     allow();
     EXPECT_TRUE(process(at("0.6")).empty());
 
-    defaults->set(UsageNotificationController::enabledKey, false);
+    defaults->set(settingsKey::notificationsEnabled, false);
     EXPECT_TRUE(process(at("0.8")).empty());
     EXPECT_TRUE(controller.evaluator().states().empty());
 }

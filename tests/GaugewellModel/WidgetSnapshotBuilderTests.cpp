@@ -75,7 +75,7 @@ TEST(WidgetSnapshotBuilder, ServesTheLatestSampleOfEachBucketInKindOrderAsExactJ
 
 TEST(WidgetSnapshotBuilder, ProviderStateFollowsTheWindowsAndThenTheSignIn) {
     using enum WidgetProviderState;
-    using Status = ProviderConnectionStatus;
+    using Connection = ProviderConnectionStatus;
     const struct {
         const char* name;
         std::vector<std::optional<std::string>> usedShares; // one window each
@@ -83,14 +83,14 @@ TEST(WidgetSnapshotBuilder, ProviderStateFollowsTheWindowsAndThenTheSignIn) {
         std::optional<ProviderConnectionStatus> status; // absent: no connection state yet
         WidgetProviderState expected;
     } cases[] = {
-        {"WindowWithAShare", {"0.3"}, true, Status::signedIn, available},
-        {"AnyShareEvenSignedOut", {std::nullopt, "0.3"}, true, Status::signedOut, available},
-        {"WindowsWithoutShares", {std::nullopt, std::nullopt}, true, Status::signedIn, unavailable},
-        {"NoWindowsSignedOut", {}, true, Status::signedOut, signInRequired},
-        {"NoWindowsFailed", {}, true, Status::failed, signInRequired},
+        {"WindowWithAShare", {"0.3"}, true, Connection::signedIn, available},
+        {"AnyShareEvenSignedOut", {std::nullopt, "0.3"}, true, Connection::signedOut, available},
+        {"WindowsWithoutShares", {std::nullopt, std::nullopt}, true, Connection::signedIn, unavailable},
+        {"NoWindowsSignedOut", {}, true, Connection::signedOut, signInRequired},
+        {"NoWindowsFailed", {}, true, Connection::failed, signInRequired},
         {"NoWindowsNoConnectionState", {}, true, std::nullopt, signInRequired},
-        {"NoViewStateSignedIn", {}, false, Status::signedIn, unavailable},
-        {"NoViewStateSignedOut", {}, false, Status::signedOut, unavailable},
+        {"NoViewStateSignedIn", {}, false, Connection::signedIn, unavailable},
+        {"NoViewStateSignedOut", {}, false, Connection::signedOut, unavailable},
     };
     for (const auto& [name, usedShares, hasViewState, status, expected] : cases) {
         SCOPED_TRACE(name);

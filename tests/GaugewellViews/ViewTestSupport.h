@@ -1,0 +1,127 @@
+#pragma once
+
+#include "../GaugewellModel/ViewStateFixtures.h"
+#include "GaugewellUI/Model/UsageAppModel.h"
+#include "Platform/InMemoryUserDefaults.h"
+
+#include <QApplication>
+#include <QTest>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <map>
+#include <memory>
+#include <mutex>
+
+// Readable failures: GoogleTest prints a QString as its text.
+inline void PrintTo(const QString& text, std::ostream* out) {
+    *out << '"' << text.toStdString() << '"';
+}
+
+// Compiled into a static library: registered by name.
+inline void registerViewResources() {
+    Q_INIT_RESOURCE(resources);
+}
+
+namespace gaugewell::testing {
+
+// One widget application for the whole test process (Qt allows one), on the offscreen platform.
+inline QApplication& widgetApplication() {
+    static QApplication* application = [] {
+        static int argc = 1;
+        static char name[] = "GaugewellViewsTests";
+        static char* argv[] = {name, nullptr};
+        // Texts and times as an en_US user in UTC sees them.
+        ::setenv("LANG", "en_US.UTF-8", 1);
+        ::setenv("TZ", "UTC", 1);
+        auto* app = new QApplication(argc, argv);
+        registerViewResources();
+        return app;
+    }();
+    return *application;
+}
+
+// Connection states set by the test; sign-in answers at once.
+class SettableAuthentication : public ProviderAuthenticating {
+public:
+    std::mutex mutex;
+    std::map<ProviderService, ProviderConnectionState> states{
+        {ProviderService::codex,
+         {ProviderService::codex, ProviderConnectionStatus::signedIn, "ChatGPT account"}},
+        {ProviderService::claude,
+         {ProviderService::claude, ProviderConnectionStatus::signedIn, "Claude account · keyring"}}};
+
+    ProviderConnectionState status(ProviderService service) override {
+        const std::lock_guard lock(mutex);
+        return states.at(service);
+    }
+    ProviderConnectionState login(ProviderService service) override {
+        const std::lock_guard lock(mutex);
+        states[service] = {service, ProviderConnectionStatus::signedIn, "signed in"};
+        return states[service];
+    }
+    ProviderConnectionState disconnect(ProviderService service) override {
+        const std::lock_guard lock(mutex);
+        states[service] = {service, ProviderConnectionStatus::signedOut, "Signed out"};
+        return states[service];
+    }
+    void cancelLogin() override {}
+    void set(ProviderService service, ProviderConnectionStatus status, std::string detail) {
+        const std::lock_guard lock(mutex);
+        states[service] = {service, status, std::move(detail)};
+    }
+};
+
+// Returns the windows and buckets the test gave it, filed under the request's connection.
+class FixedCollector : public GaugewellProvider {
+public:
+    explicit FixedCollector(ProviderService service)
+        : descriptor_(std::string(providerID(service)), std::string(displayName(service)), std::nullopt) {}
+    const ProviderDescriptor& descriptor() const override { return descriptor_; }
+    ProviderProbeResult probe() const noexcept override {
+        return ProviderProbeResult(descriptor_, ProviderAvailability::available, {}, std::nullopt, {});
+    }
+    ProviderCollectionResult collect(const UsageCollectionRequest& request) const noexcept override {
+        const std::lock_guard lock(mutex);
+        return ProviderCollectionResult(descriptor_, request.observedAt(), windows, buckets, {});
+    }
+    void set(std::vector<UsageWindowSample> newWindows, std::vector<TokenUsageBucket> newBuckets = {}) {
+        const std::lock_guard lock(mutex);
+        windows = std::move(newWindows);
+        buckets = std::move(newBuckets);
+    }
+
+private:
+    ProviderDescriptor descriptor_;
+    mutable std::mutex mutex;
+    std::vector<UsageWindowSample> windows;
+    std::vector<TokenUsageBucket> buckets;
+};
+
+// A model over the fakes above, as the windows see one.
+struct ModelFixture {
+    std::shared_ptr<SettableAuthentication> authentication = std::make_shared<SettableAuthentication>();
+    std::shared_ptr<FixedCollector> codex = std::make_shared<FixedCollector>(ProviderService::codex);
+    std::shared_ptr<FixedCollector> claude = std::make_shared<FixedCollector>(ProviderService::claude);
+    std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
+    Date now = referencePlus(5000);
+    std::unique_ptr<UsageAppModel> model;
+
+    ModelFixture() {
+        widgetApplication();
+        model = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
+            authentication, {codex, claude}, defaults, nullptr, [this] { return now; }});
+    }
+
+    // A refresh still running would continue on a model that is gone.
+    ~ModelFixture() {
+        (void)QTest::qWaitFor([this] { return !model->isRefreshing(); }, 10000);
+    }
+
+    void refresh() {
+        bool done = false;
+        model->refresh(RefreshTrigger::manual).then(model.get(), [&done] { done = true; });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return done; }, 10000));
+    }
+};
+
+} // namespace gaugewell::testing
