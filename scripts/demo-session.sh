@@ -6,6 +6,9 @@
 #   scripts/demo-session.sh --screen 1280x800 CMD    # inside Xvfb with a tray (trayer), for screenshots
 #   DEMO_CLAUDE=signedOut scripts/demo-session.sh    # Claude not connected
 #   DEMO_PANEL=202124 ...                            # the tray panel's colour (default: trayer's grey)
+#   DEMO_CODEX=missing ...                           # no `codex` on the PATH
+#   DEMO_TRAY=none ...                               # no tray host: the fallback window
+#   DEMO_ONBOARDED=false ...                         # a first start: onboarding
 # With --screen, DISPLAY is exported to CMD; `import -window root shot.png` takes a screenshot.
 set -euo pipefail
 here="$(cd "$(dirname "$0")" && pwd)"
@@ -22,12 +25,12 @@ root=$(mktemp -d "${TMPDIR:-/tmp}/gaugewell-demo.XXXXXX")
 trap 'kill $(jobs -p) 2>/dev/null || true; rm -rf "$root"' EXIT
 mkdir -p "$root/home" "$root/config/gaugewell" "$root/data" "$root/cache" "$root/runtime" "$root/bin"
 chmod 0700 "$root/runtime"
-cp "$here/demo/codex" "$root/bin/codex"
+[[ "${DEMO_CODEX:-}" == missing ]] || cp "$here/demo/codex" "$root/bin/codex"
 export HOME="$root/home" XDG_CONFIG_HOME="$root/config" XDG_DATA_HOME="$root/data" XDG_CACHE_HOME="$root/cache"
 export XDG_RUNTIME_DIR="$root/runtime" PATH="$root/bin:$PATH"
 unset DBUS_SESSION_BUS_ADDRESS GNOME_KEYRING_CONTROL
 cat > "$root/config/gaugewell/defaults.json" <<JSON
-{"connections.oauth-authorized.v2.codex": true, "onboarding.completed.v1": ${DEMO_ONBOARDED:-true}}
+{"connections.oauth-authorized.v2.codex": $([[ "${DEMO_CODEX:-}" == missing ]] && echo false || echo true), "onboarding.completed.v1": ${DEMO_ONBOARDED:-true}}
 JSON
 chmod 0600 "$root/config/gaugewell/defaults.json"
 
@@ -55,9 +58,11 @@ if [[ -n "$DEMO_SCREEN" ]]; then
   Xvfb -displayfd 1 -screen 0 "${DEMO_SCREEN}x24" -nolisten tcp > "$DEMO_ROOT/display" 2>/dev/null &
   for _ in $(seq 50); do [[ -s "$DEMO_ROOT/display" ]] && break; sleep 0.1; done
   export DISPLAY=":$(head -n1 "$DEMO_ROOT/display")"
+  [[ "${DEMO_TRAY:-}" == none ]] || {
   if [[ -n "${DEMO_PANEL:-}" ]]; then panel=(--transparent true --alpha 0 --tint "0x$DEMO_PANEL"); else panel=(--transparent false); fi
   trayer --edge top --align right --widthtype pixel --width 64 --height 30 "${panel[@]}" >/dev/null 2>&1 &
   sleep 0.5
+  }
 fi
 "$@"
 '

@@ -677,5 +677,13 @@ Codex- und Claude-Konten und hält sie nur im Arbeitsspeicher.</translation>
         <source>Enable a provider in Settings.</source>
         <translation>Schalte einen Anbieter in den Einstellungen ein.</translation>
     </message>
+    <message>
+        <source>The Codex command-line tool was not found. Install it, then connect.</source>
+        <translation>Das Codex-Kommandozeilenwerkzeug wurde nicht gefunden. Installiere es und verbinde dann.</translation>
+    </message>
+    <message>
+        <source>This Codex command-line tool is too old. Update it, then connect.</source>
+        <translation>Dieses Codex-Kommandozeilenwerkzeug ist zu alt. Aktualisiere es und verbinde dann.</translation>
+    </message>
 </context>
 </TS>

@@ -1,15 +1,22 @@
+#include "../GaugewellModel/QtTestSupport.h"
+#include "../GaugewellModel/ViewStateFixtures.h"
 #include "AuthenticationFakes.h"
+#include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
 #include "RecordFixtures.h"
+#include "TemporaryDirectory.h"
+#include "UsageDomain/JsonValue.h"
 #include "app/CommandLine.h"
 #include "app/CommandTable.h"
 #include "app/ProviderReport.h"
 
+#include <QTimer>
 #include <condition_variable>
 #include <csignal>
 #include <cstdlib>
 #include <ctime>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <mutex>
 #include <sstream>
@@ -71,8 +78,13 @@ protected:
             [this] { return manager; },
             [this] { return now; },
             [this] { return defaults; },
-            nullptr,
-            nullptr,
+            [this](UsageNotificationController* notifications) {
+                return std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
+                    modelAuthentication, {codexCollector, claudeCollector}, defaults, notifications, [this] {
+                        return now;
+                    }});
+            },
+            [this] { return widgetAnswer; },
             [this](const std::optional<ApplicationRequest>& request) -> Status<RunningInstanceError> {
                 askedOfInstance.push_back(request);
                 return unexpected(RunningInstanceError::notRunning);
@@ -84,6 +96,14 @@ protected:
     std::ostringstream out;
     std::ostringstream err;
     std::vector<std::optional<ApplicationRequest>> askedOfInstance;
+    // What the model-backed commands (status, report, daemon) and `widget` see.
+    std::shared_ptr<testing::SettableAuthentication> modelAuthentication =
+        std::make_shared<testing::SettableAuthentication>();
+    std::shared_ptr<testing::FixedCollector> codexCollector =
+        std::make_shared<testing::FixedCollector>(ProviderService::codex);
+    std::shared_ptr<testing::FixedCollector> claudeCollector =
+        std::make_shared<testing::FixedCollector>(ProviderService::claude);
+    WidgetFetchResult widgetAnswer = WidgetFetchError(WidgetTransportError::cannotConnect);
 };
 
 TEST_F(CommandLineTest, CollectJsonIsOneObjectWithTheRecordsInKeyedForm) {
@@ -274,6 +294,64 @@ TEST_F(CommandLineTest, EveryCommandInTheTableRunsAndIsInTheManualAndTheCompleti
         EXPECT_NE(bash.find("    " + name + ")"), std::string::npos) << name;
         EXPECT_NE(zsh.find("'" + name + ":"), std::string::npos) << name;
     }
+}
+
+TEST_F(CommandLineTest, StatusShowsEachServicesWindowsAndItsJsonIsTheFeedsSnapshot) {
+    const double observed = 800'000'000 - 60;
+    codexCollector->set({testing::windowSample(
+        {.used = "0.285", .observedAt = observed, .resetAt = 800'000'000 + 2 * 3600 + 600})});
+    modelAuthentication->set(ProviderService::claude, ProviderConnectionStatus::signedOut, "Signed out");
+
+    ASSERT_EQ(run({"status"}), CommandLine::success) << err.str();
+    EXPECT_NE(out.str().find("Codex: availableWithLimitations"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("  Five-hour: 29% used, resets "), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("(in 2 hr.)"), std::string::npos) << out.str();
+    EXPECT_NE(out.str().find("Claude: authenticationRequired (Signed out)"), std::string::npos) << out.str();
+
+    ASSERT_EQ(run({"status", "--json"}), CommandLine::success) << err.str();
+    const auto snapshot = WidgetUsageSnapshot::decode(out.str());
+    ASSERT_TRUE(snapshot) << out.str();
+    ASSERT_EQ(snapshot.value().providers().size(), 2u);
+    EXPECT_EQ(snapshot.value().providers()[0].windows().at(0).usedFraction(), 0.285);
+    EXPECT_EQ(snapshot.value().providers()[1].state(), WidgetProviderState::signInRequired);
+}
+
+TEST_F(CommandLineTest, WidgetWithTheFeedDownStillGivesWaybarOneLineOnStandardOutput) {
+    EXPECT_EQ(run({"widget", "--format", "waybar"}), CommandLine::failure);
+    const auto line = parseJson(out.str());
+    ASSERT_TRUE(line) << out.str();
+    EXPECT_EQ(*line->find("class")->stringValue(), "unavailable");
+    EXPECT_EQ(err.str(), "");
+
+    EXPECT_EQ(run({"widget"}), CommandLine::failure);
+    EXPECT_EQ(out.str(), "");
+    EXPECT_NE(err.str().find("gaugewell: "), std::string::npos);
+
+    widgetAnswer = WidgetUsageSnapshot(now, {});
+    EXPECT_EQ(run({"widget", "--format=json"}), CommandLine::success);
+    EXPECT_TRUE(WidgetUsageSnapshot::decode(out.str())) << out.str();
+}
+
+TEST_F(CommandLineTest, ReportIsWrittenAfterARefreshOrTheFailureIsSaid) {
+    const testing::TemporaryDirectory folder;
+    const auto path = (folder.path() / "report.txt").string();
+    ASSERT_EQ(run({"report", path}), CommandLine::success) << err.str();
+    EXPECT_EQ(out.str(), "Diagnostics report written to " + path + "\n");
+    EXPECT_GT(std::filesystem::file_size(path), 0u);
+
+    EXPECT_EQ(run({"report", (folder.path() / "missing" / "report.txt").string()}), CommandLine::failure);
+    EXPECT_NE(err.str().find("gaugewell: "), std::string::npos);
+}
+
+TEST_F(CommandLineTest, DaemonServesTheFeedOnLoopbackUntilTerminated) {
+    // A port of its own, so that a developer's running Gaugewell does not hold it.
+    ::setenv("GAUGEWELL_WIDGET_PORT", std::to_string(40000 + ::getpid() % 20000).c_str(), 1);
+    testing::coreApplication();
+    QTimer::singleShot(300, [] { ::raise(SIGTERM); });
+    EXPECT_EQ(run({"daemon"}), CommandLine::success) << err.str();
+    ::unsetenv("GAUGEWELL_WIDGET_PORT");
+    EXPECT_NE(out.str().find("widget feed at http://127.0.0.1:"), std::string::npos)
+        << out.str() << err.str();
 }
 
 TEST(ProviderReport, UsedPercentRoundsHalfAwayFromZeroAndFallsBackToRemaining) {

@@ -3,7 +3,6 @@
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
 #include "QtTestSupport.h"
-#include "QtThreadSanitizerSuppressions.h"
 #include "SpawnedProcess.h"
 #include "ViewStateFixtures.h"
 

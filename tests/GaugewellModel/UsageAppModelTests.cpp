@@ -4,6 +4,7 @@
 #include "QtTestSupport.h"
 #include "RecordFixtures.h"
 
+#include <QTest>
 #include <atomic>
 #include <condition_variable>
 #include <cstdlib>
@@ -117,6 +118,21 @@ protected:
     ManualClock clock;
     std::unique_ptr<UsageAppModel> instance;
 };
+
+TEST_F(UsageAppModelTest, StartRefreshesAtOnceAndThenWheneverTheTickFindsARefreshDue) {
+    instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{authentication,
+                                                                           {codex, claude},
+                                                                           defaults,
+                                                                           nullptr,
+                                                                           [this] { return clock.now(); },
+                                                                           std::chrono::milliseconds(10)});
+    model().start();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return codex->collections == 1 && !model().isRefreshing(); }, 5000));
+    QTest::qWait(50);
+    EXPECT_EQ(codex->collections, 1) << "not due yet";
+    clock.advance(11 * 60);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return codex->collections == 2; }, 5000));
+}
 
 TEST_F(UsageAppModelTest, RefreshIntervalsNeverGoBelowTwoMinutes) {
     model().setInteractive(true);

@@ -55,6 +55,10 @@ TEST_F(PresenterTest, PopoverShowsTheShownProvidersAndWhyOneHasNoWindows) {
     EXPECT_EQ(claudeHidden.cards[0].unavailableMessage, "Sign in to access this account's usage.");
     EXPECT_TRUE(claudeHidden.cards[0].offersConnect);
     EXPECT_FALSE(claudeHidden.showsEmptyState);
+    auto missingTool = signedOut(ProviderService::codex);
+    missingTool.availability = ProviderAvailability::notInstalled;
+    EXPECT_EQ(unavailableMessage(missingTool),
+              "The Codex command-line tool was not found. Install it, then connect.");
 
     const auto none = presentPopover({providers, false, std::nullopt, false, false}, now, relative);
     EXPECT_EQ(none.statusLine, "Awaiting data");

@@ -2,15 +2,14 @@
 
 #include "../GaugewellModel/ViewStateFixtures.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
 
 #include <QApplication>
 #include <QTest>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <map>
 #include <memory>
-#include <mutex>
 
 // Readable failures: GoogleTest prints a QString as its text.
 inline void PrintTo(const QString& text, std::ostream* out) {
@@ -39,63 +38,6 @@ inline QApplication& widgetApplication() {
     }();
     return *application;
 }
-
-// Connection states set by the test; sign-in answers at once.
-class SettableAuthentication : public ProviderAuthenticating {
-public:
-    std::mutex mutex;
-    std::map<ProviderService, ProviderConnectionState> states{
-        {ProviderService::codex,
-         {ProviderService::codex, ProviderConnectionStatus::signedIn, "ChatGPT account"}},
-        {ProviderService::claude,
-         {ProviderService::claude, ProviderConnectionStatus::signedIn, "Claude account · keyring"}}};
-
-    ProviderConnectionState status(ProviderService service) override {
-        const std::lock_guard lock(mutex);
-        return states.at(service);
-    }
-    ProviderConnectionState login(ProviderService service) override {
-        const std::lock_guard lock(mutex);
-        states[service] = {service, ProviderConnectionStatus::signedIn, "signed in"};
-        return states[service];
-    }
-    ProviderConnectionState disconnect(ProviderService service) override {
-        const std::lock_guard lock(mutex);
-        states[service] = {service, ProviderConnectionStatus::signedOut, "Signed out"};
-        return states[service];
-    }
-    void cancelLogin() override {}
-    void set(ProviderService service, ProviderConnectionStatus status, std::string detail) {
-        const std::lock_guard lock(mutex);
-        states[service] = {service, status, std::move(detail)};
-    }
-};
-
-// Returns the windows and buckets the test gave it, filed under the request's connection.
-class FixedCollector : public GaugewellProvider {
-public:
-    explicit FixedCollector(ProviderService service)
-        : descriptor_(std::string(providerID(service)), std::string(displayName(service)), std::nullopt) {}
-    const ProviderDescriptor& descriptor() const override { return descriptor_; }
-    ProviderProbeResult probe() const noexcept override {
-        return ProviderProbeResult(descriptor_, ProviderAvailability::available, {}, std::nullopt, {});
-    }
-    ProviderCollectionResult collect(const UsageCollectionRequest& request) const noexcept override {
-        const std::lock_guard lock(mutex);
-        return ProviderCollectionResult(descriptor_, request.observedAt(), windows, buckets, {});
-    }
-    void set(std::vector<UsageWindowSample> newWindows, std::vector<TokenUsageBucket> newBuckets = {}) {
-        const std::lock_guard lock(mutex);
-        windows = std::move(newWindows);
-        buckets = std::move(newBuckets);
-    }
-
-private:
-    ProviderDescriptor descriptor_;
-    mutable std::mutex mutex;
-    std::vector<UsageWindowSample> windows;
-    std::vector<TokenUsageBucket> buckets;
-};
 
 // A model over the fakes above, as the windows see one.
 struct ModelFixture {

@@ -2,7 +2,6 @@
 #include "ClaudeProvider/ClaudeUsageProvider.h"
 #include "FakeClaudeService.h"
 #include "HeadlessChromium.h"
-#include "LibsecretThreadSanitizerSuppressions.h"
 #include "ManualClock.h"
 #include "Platform/SecretStore.h"
 #include "ProviderKit/ClaudeSignIn/ClaudeOAuthSession.h"

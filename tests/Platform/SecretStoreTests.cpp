@@ -1,4 +1,3 @@
-#include "LibsecretThreadSanitizerSuppressions.h"
 #include "Platform/SecretStore.h"
 #include "SpawnedProcess.h"
 #include "TemporaryDirectory.h"

@@ -123,9 +123,7 @@ DashboardContent presentDashboard(const std::vector<ProviderViewState>& provider
         }
         if (windows.empty()) {
             card.offersConnect = needsSignIn(provider);
-            card.unavailableMessage = card.offersConnect
-                                          ? Localizable::tr("Sign in to access this account's usage.")
-                                          : Localizable::tr("Usage is not available yet.");
+            card.unavailableMessage = unavailableMessage(provider);
         } else {
             card.metrics = metrics(provider, history, now, relativeTime);
         }

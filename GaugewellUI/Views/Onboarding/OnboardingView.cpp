@@ -34,6 +34,8 @@ namespace {
 QWidget* featureTile(const char* symbol, const QString& title, const QString& text, QWidget* parent) {
     auto* tile = new GlassSurface(parent, 12);
     tile->setAccessibleName(title);
+    // Equal widths whatever the text: the layout shares the row by stretch alone.
+    tile->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
     auto* layout = new QVBoxLayout(tile);
     layout->setContentsMargins(14, 12, 14, 12);
     layout->setSpacing(6);
@@ -100,12 +102,15 @@ OnboardingView::OnboardingView(UsageAppModel& model, std::function<void()> onCom
     tiles->setSpacing(10);
     tiles->addWidget(
         featureTile("gauge.with.dots.needle.67percent", Localizable::tr("Live limits"),
-                    Localizable::tr("Session and weekly allowances as each service reports them."), welcome));
+                    Localizable::tr("Session and weekly allowances as each service reports them."), welcome),
+        1);
     tiles->addWidget(featureTile("clock", Localizable::tr("Reset times"),
                                  Localizable::tr("When each window starts over, in your clock format."),
-                                 welcome));
+                                 welcome),
+                     1);
     tiles->addWidget(featureTile("internaldrive.badge.xmark", Localizable::tr("No usage cache"),
-                                 Localizable::tr("Nothing collected is written to disk."), welcome));
+                                 Localizable::tr("Nothing collected is written to disk."), welcome),
+                     1);
     first->addLayout(tiles);
     first->addStretch();
     auto* firstButtons = new QHBoxLayout;

@@ -34,7 +34,6 @@ QWidget* connectionRow(UsageAppModel& model, ProviderService service, QWidget* p
     texts->setSpacing(0);
     texts->addWidget(makeLabel(QString::fromUtf8(displayName(service)), TextStyle::headline, row));
     texts->addWidget(new ProviderConnectionBadge(model, service, row));
-    layout->addLayout(texts, 1);
     // The tool is the user's own: when it is missing or too old, point at its official guide.
     auto* guide = new QLabel(QStringLiteral("<a href=\"%1\">%2</a>")
                                  .arg(QString::fromUtf8(codexInstallGuideURL),
@@ -44,7 +43,9 @@ QWidget* connectionRow(UsageAppModel& model, ProviderService service, QWidget* p
     guide->setAccessibleName(Localizable::tr("Open the official Codex CLI installation guide"));
     guide->setOpenExternalLinks(true);
     guide->hide();
-    layout->addWidget(guide);
+    // Under the status, so that the row stays narrow enough for the window's smallest width.
+    texts->addWidget(guide, 0, Qt::AlignLeft);
+    layout->addLayout(texts, 1);
     layout->addWidget(new ProviderConnectionButton(model, service, false, row));
     const auto showGuide = [&model, service, guide] {
         const auto status = model.connectionState(service).status;

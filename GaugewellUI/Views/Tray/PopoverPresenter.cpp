@@ -12,6 +12,19 @@ bool needsSignIn(const ProviderViewState& provider) {
            provider.availability == ProviderAvailability::unsupportedVersion;
 }
 
+QString unavailableMessage(const ProviderViewState& provider) {
+    switch (provider.availability) {
+    case ProviderAvailability::notInstalled:
+        return Localizable::tr("The Codex command-line tool was not found. Install it, then connect.");
+    case ProviderAvailability::unsupportedVersion:
+        return Localizable::tr("This Codex command-line tool is too old. Update it, then connect.");
+    case ProviderAvailability::authenticationRequired:
+        return Localizable::tr("Sign in to access this account's usage.");
+    default:
+        return Localizable::tr("Usage is not available yet.");
+    }
+}
+
 QString refreshStatusLine(bool isRefreshing, std::optional<Date> lastUpdatedAt, Date now,
                           const RelativeTimeFormatter& relativeTime, bool withEllipsis) {
     if (isRefreshing) {
@@ -66,9 +79,7 @@ PopoverContent presentPopover(const PopoverInputs& inputs, Date now,
         }
         if (card.rows.empty()) {
             card.offersConnect = needsSignIn(provider);
-            card.unavailableMessage = card.offersConnect
-                                          ? Localizable::tr("Sign in to access this account's usage.")
-                                          : Localizable::tr("Usage is not available yet.");
+            card.unavailableMessage = unavailableMessage(provider);
         }
         content.cards.push_back(std::move(card));
     }

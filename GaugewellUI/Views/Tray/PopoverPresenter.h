@@ -60,6 +60,8 @@ PopoverContent presentPopover(const PopoverInputs& inputs, Date now,
 
 // Whether a provider without windows needs a sign-in (so its card offers the connect button).
 bool needsSignIn(const ProviderViewState& provider);
+// The sentence on a card without windows: what is missing and what to do.
+QString unavailableMessage(const ProviderViewState& provider);
 
 // "Updated 2 min. ago" / "Refreshing…" / "Awaiting data": shared with the dashboard's header.
 QString refreshStatusLine(bool isRefreshing, std::optional<Date> lastUpdatedAt, Date now,
