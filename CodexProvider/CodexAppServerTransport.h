@@ -24,20 +24,20 @@ struct CodexAppServerResponse {
 // and account-usage requests; one child per exchange, gone when the exchange returns.
 class CodexAppServerTransport {
 public:
-    CodexAppServerTransport(std::filesystem::path executable, Environment environment, double timeoutSeconds,
-                            std::int64_t outputLimit)
+    CodexAppServerTransport(std::filesystem::path executable, Environment environment,
+                            std::chrono::milliseconds timeout, std::int64_t outputLimit)
         : executable_(std::move(executable))
         , environment_(std::move(environment))
-        , timeoutSeconds_(timeoutSeconds)
+        , timeout_(timeout)
         , outputLimit_(outputLimit) {}
 
-    // Blocks for at most the deadline (counted from the first request), plus the time to start
-    // the child and to stop it. Safe to call from several threads: exchanges share nothing.
+    // Blocks for at most the time-out (counted from the start of the child), plus the time to
+    // stop it. Safe to call from several threads: exchanges share nothing.
     Expected<CodexAppServerResponse, CodexProviderError> fetchUsage() const;
 
     const std::filesystem::path& executable() const { return executable_; }
     const Environment& environment() const { return environment_; }
-    double timeoutSeconds() const { return timeoutSeconds_; }
+    std::chrono::milliseconds timeout() const { return timeout_; }
     std::int64_t outputLimit() const { return outputLimit_; }
 
     // How long a child that ignores SIGTERM is given before it is killed.
@@ -46,7 +46,7 @@ public:
 private:
     std::filesystem::path executable_;
     Environment environment_;
-    double timeoutSeconds_;
+    std::chrono::milliseconds timeout_;
     std::int64_t outputLimit_;
 };
 

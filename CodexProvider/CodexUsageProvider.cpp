@@ -94,7 +94,7 @@ CodexUsageProvider::runTool(const fs::path& executable, const std::vector<std::s
     if (!commandRunner) {
         return unexpected(ProcessSupportError::launchFailed);
     }
-    return commandRunner->run(executable, arguments, environment, limits.timeoutSeconds, limits.outputLimit);
+    return commandRunner->run(executable, arguments, environment, limits.timeout, limits.outputLimit);
 }
 
 ProviderProbeResult CodexUsageProvider::probe() const noexcept {
@@ -152,7 +152,7 @@ ProviderCollectionResult CodexUsageProvider::collect(const UsageCollectionReques
 ProviderCollectionResult CodexUsageProvider::collectWith(const fs::path& executable,
                                                          const UsageCollectionRequest& request) const {
     const Environment environment = childEnvironment(executable);
-    const CodexAppServerTransport transport(executable, environment, exchangeLimits.timeoutSeconds,
+    const CodexAppServerTransport transport(executable, environment, exchangeLimits.timeout,
                                             exchangeLimits.outputLimit);
     const auto response = transport.fetchUsage();
     if (!response) {

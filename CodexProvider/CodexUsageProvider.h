@@ -5,6 +5,7 @@
 #include "ProviderKit/Process/Environment.h"
 #include "ProviderKit/Process/ExecutableLocator.h"
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <optional>
@@ -18,13 +19,13 @@ namespace gaugewell {
 class CodexUsageProvider final : public GaugewellProvider {
 public:
     struct Limits {
-        double timeoutSeconds;
+        std::chrono::milliseconds timeout;
         std::int64_t outputLimit;
     };
-    static constexpr Limits probeVersionLimits{3, 16'384};
-    static constexpr Limits probeHelpLimits{3, 65'536};
-    static constexpr Limits exchangeLimits{10, 1'048'576};
-    static constexpr Limits collectionVersionLimits{5, 16'384};
+    static constexpr Limits probeVersionLimits{std::chrono::seconds(3), 16'384};
+    static constexpr Limits probeHelpLimits{std::chrono::seconds(3), 65'536};
+    static constexpr Limits exchangeLimits{std::chrono::seconds(10), 1'048'576};
+    static constexpr Limits collectionVersionLimits{std::chrono::seconds(5), 16'384};
 
     // `homeDirectory` and `processEnvironment` stand in for ours; when absent they are read at
     // each call (HOME, or the user database; `environ`).

@@ -13,9 +13,14 @@ public:
     using Clock = std::chrono::steady_clock;
 
     // Negative timeouts have already passed; huge ones stop at a year instead of overflowing.
-    static Deadline after(Clock::duration timeout) {
-        const auto bounded = std::clamp<Clock::duration>(timeout, Clock::duration::zero(), longest);
-        return Deadline(Clock::now() + bounded);
+    template <class Rep, class Period> static Deadline after(std::chrono::duration<Rep, Period> timeout) {
+        if (timeout <= timeout.zero()) {
+            return Deadline(Clock::now());
+        }
+        if (timeout >= longest) { // compared in the coarser unit, so nothing overflows
+            return Deadline(Clock::now() + longest);
+        }
+        return Deadline(Clock::now() + std::chrono::duration_cast<Clock::duration>(timeout));
     }
     static Deadline at(Clock::time_point moment) { return Deadline(moment); }
 
@@ -34,7 +39,7 @@ public:
     Deadline earliest(Deadline other) const { return Deadline(std::min(moment, other.moment)); }
 
 private:
-    static constexpr Clock::duration longest = std::chrono::hours(24 * 365);
+    static constexpr std::chrono::hours longest{24 * 365};
 
     explicit Deadline(Clock::time_point moment)
         : moment(moment) {}

@@ -143,7 +143,7 @@ double secondsOf(Clock::duration duration) {
 void transportVersusReferenceClient(benchmark::State& state) {
     const fs::path server = scratch().root / "codex";
     const Environment environment = environmentFor(server);
-    const CodexAppServerTransport transport(server, environment, 10, 1 << 20);
+    const CodexAppServerTransport transport(server, environment, std::chrono::seconds(10), 1 << 20);
     double transportSeconds = 0;
     double referenceSeconds = 0;
     for (auto _ : state) {
@@ -174,7 +174,8 @@ void realCodexExchange(benchmark::State& state, bool native) {
         state.SkipWithError("the real codex is missing; run scripts/setup.sh");
         return;
     }
-    const CodexAppServerTransport transport(*executable, environmentFor(*executable), 10, 1 << 20);
+    const CodexAppServerTransport transport(*executable, environmentFor(*executable),
+                                            std::chrono::seconds(10), 1 << 20);
     for (auto _ : state) {
         const auto response = transport.fetchUsage();
         if (response || response.error().kind != CodexProviderError::Kind::rpcError) {

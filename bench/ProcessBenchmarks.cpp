@@ -47,7 +47,7 @@ BENCHMARK(childProcessOfTrue)->UseRealTime()->Unit(benchmark::kMillisecond);
 void runnerOfTrue(benchmark::State& state) {
     const PosixCommandRunner runner;
     for (auto _ : state) {
-        auto result = runner.run("/bin/true", {}, environment, 5, 16384);
+        auto result = runner.run("/bin/true", {}, environment, std::chrono::seconds(5), 16384);
         if (!result) {
             state.SkipWithError("run failed");
             break;

@@ -11,7 +11,6 @@
 #include "ProviderKit/Process/PosixCommandRunner.h"
 
 #include <chrono>
-#include <thread>
 
 namespace gaugewell {
 
@@ -54,19 +53,16 @@ Expected<ApplicationServices, std::string> ApplicationServices::make(const Envir
 bool openWithDesktopBrowser(const std::string& url) {
     auto spawned = ChildProcess::spawn(
         "/usr/bin/xdg-open", {url}, currentProcessEnvironment(),
-        {ChildProcess::Stream::null, ChildProcess::Stream::null, ChildProcess::Stream::null});
+        {ChildProcess::Stream::null, ChildProcess::Stream::null, ChildProcess::Stream::null},
+        ChildProcess::Reach::childOnly);
     if (!spawned) {
         return false;
     }
     ChildProcess opener = std::move(spawned).value();
     // xdg-open returns once the browser has the URL; a hung handler must not hold a sign-in.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    while (opener.isRunning()) {
-        if (std::chrono::steady_clock::now() >= deadline) {
-            opener.terminate();
-            return false;
-        }
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    if (!opener.waitForExit(Deadline::after(std::chrono::seconds(10)))) {
+        opener.terminate();
+        return false;
     }
     return opener.terminationStatus() == 0;
 }

@@ -52,7 +52,7 @@ bool ProviderAuthenticationManager::isAppServerCapable(const LocatedCodex& codex
         return true;
     }
     const auto help = dependencies.commandRunner->run(codex.executable, {"app-server", "--help"},
-                                                      codex.environment, 5, 65536);
+                                                      codex.environment, std::chrono::seconds(5), 65536);
     if (!help || help->status != 0) {
         return false;
     }
@@ -69,8 +69,8 @@ ProviderConnectionState ProviderAuthenticationManager::codexLoginStatus() {
         return state(ProviderService::codex, Connection::unsupportedVersion,
                      "Codex must be updated to support live usage access");
     }
-    const auto output =
-        dependencies.commandRunner->run(codex->executable, {"login", "status"}, codex->environment, 8, 65536);
+    const auto output = dependencies.commandRunner->run(codex->executable, {"login", "status"},
+                                                        codex->environment, std::chrono::seconds(8), 65536);
     if (!output) {
         return state(ProviderService::codex, Connection::failed,
                      "Authentication status could not be checked");

@@ -1,11 +1,9 @@
 #include "ProviderKit/CodexSignIn/CodexOAuthSession.h"
 
-#include "ProviderKit/Process/ChildProcess.h"
-#include "ProviderKit/Process/LineDelimitedJSONReader.h"
+#include "ProviderKit/CodexAppServer/CodexAppServerConnection.h"
 
-#include <cerrno>
-#include <csignal>
-#include <unistd.h>
+#include <cctype>
+#include <cstdint>
 
 namespace gaugewell {
 
@@ -13,18 +11,27 @@ namespace {
 
 using Kind = CodexOAuthError::Kind;
 
-CodexOAuthError readerError(LineDelimitedJSONReaderError error) {
-    switch (error) {
-    case LineDelimitedJSONReaderError::timedOut:
+CodexOAuthError oauthError(const CodexAppServerFailure& failure) {
+    switch (failure.kind) {
+    case CodexAppServerFailure::Kind::launchFailed:
+        return {Kind::launchFailed};
+    case CodexAppServerFailure::Kind::writeFailed:
+        return {Kind::writeFailed};
+    case CodexAppServerFailure::Kind::timedOut:
         return {Kind::timedOut};
-    case LineDelimitedJSONReaderError::pollFailed:
+    case CodexAppServerFailure::Kind::pollFailed:
         return {Kind::pollFailed};
-    case LineDelimitedJSONReaderError::streamEnded:
+    case CodexAppServerFailure::Kind::streamEnded:
         return {Kind::streamEnded};
-    case LineDelimitedJSONReaderError::outputLimitExceeded:
+    case CodexAppServerFailure::Kind::outputLimitExceeded:
         return {Kind::outputLimitExceeded};
-    case LineDelimitedJSONReaderError::malformedResponse:
+    case CodexAppServerFailure::Kind::malformedLine:
         return {Kind::malformedResponse};
+    case CodexAppServerFailure::Kind::rpcError: {
+        const auto code = failure.rpcCode;
+        const bool fits = code && *code >= INT32_MIN && *code <= INT32_MAX;
+        return {Kind::rpcError, fits ? static_cast<int>(*code) : -1};
+    }
     }
     return {Kind::malformedResponse};
 }
@@ -49,83 +56,34 @@ bool looksLikeURL(const std::string& text) {
     return true;
 }
 
+// The sign-in steps see the connection's failures as their own errors.
 class Conversation {
 public:
-    Conversation(ChildProcess& child, LineDelimitedJSONReader& reader)
-        : child(child)
-        , reader(reader) {}
+    explicit Conversation(CodexAppServerConnection& connection)
+        : connection(connection) {}
 
+    std::optional<CodexOAuthError> handshake() { return failure(connection.handshake()); }
     std::optional<CodexOAuthError> send(const JsonValue& message) {
-        const std::string line = message.serialized() + "\n";
-        std::size_t written = 0;
-        while (written < line.size()) {
-            const ssize_t count =
-                ::write(child.inputDescriptor(), line.data() + written, line.size() - written);
-            if (count < 0 && errno == EINTR) {
-                continue;
-            }
-            if (count <= 0) {
-                return CodexOAuthError{Kind::writeFailed};
-            }
-            written += static_cast<std::size_t>(count);
-        }
-        return std::nullopt;
+        return failure(connection.send(message));
+    }
+    Expected<JsonValue, CodexOAuthError> next() { return objectOrError(connection.nextObject()); }
+    Expected<JsonValue, CodexOAuthError> response(std::int64_t id) {
+        return objectOrError(connection.response(id));
     }
 
-    Expected<JsonValue, CodexOAuthError> next() {
-        auto object = reader.nextObject();
+private:
+    static std::optional<CodexOAuthError> failure(const Status<CodexAppServerFailure>& status) {
+        return status ? std::nullopt : std::optional(oauthError(status.error()));
+    }
+    static Expected<JsonValue, CodexOAuthError>
+    objectOrError(Expected<JsonValue, CodexAppServerFailure> object) {
         if (!object) {
-            return unexpected(readerError(object.error()));
+            return unexpected(oauthError(object.error()));
         }
         return std::move(object).value();
     }
 
-    // Skips notifications and other ids; an "error" object becomes `rpcError`.
-    Expected<JsonValue, CodexOAuthError> response(std::int64_t id) {
-        while (true) {
-            auto object = next();
-            if (!object) {
-                return object;
-            }
-            const JsonValue* objectID = object->find("id");
-            if (objectID == nullptr || objectID->int64Value() != id) {
-                continue;
-            }
-            if (const JsonValue* error = object->find("error");
-                error != nullptr && error->objectValue() != nullptr) {
-                const JsonValue* code = error->find("code");
-                const auto value = code != nullptr ? code->int64Value() : std::nullopt;
-                const bool fits = value && *value >= INT32_MIN && *value <= INT32_MAX;
-                return unexpected(CodexOAuthError{Kind::rpcError, fits ? static_cast<int>(*value) : -1});
-            }
-            return object;
-        }
-    }
-
-    std::optional<CodexOAuthError> handshake() {
-        const JsonValue initialize(JsonValue::Object{
-            {"id", JsonValue::number(std::int64_t{1})},
-            {"method", JsonValue("initialize")},
-            {"params",
-             JsonValue(JsonValue::Object{
-                 {"clientInfo", JsonValue(JsonValue::Object{{"name", JsonValue("gaugewell")},
-                                                            {"version", JsonValue("0.1.0")}})},
-                 {"capabilities", JsonValue(JsonValue::Object{{"experimentalApi", JsonValue(true)}})},
-             })},
-        });
-        if (auto error = send(initialize)) {
-            return error;
-        }
-        if (auto answer = response(1); !answer) {
-            return answer.error();
-        }
-        return send(JsonValue(JsonValue::Object{{"method", JsonValue("initialized")},
-                                                {"params", JsonValue(JsonValue::Object{})}}));
-    }
-
-private:
-    ChildProcess& child;
-    LineDelimitedJSONReader& reader;
+    CodexAppServerConnection& connection;
 };
 
 std::optional<CodexOAuthError> signIn(Conversation& conversation,
@@ -222,40 +180,33 @@ std::optional<CodexOAuthError> CodexOAuthSession::logout(const std::filesystem::
 
 void CodexOAuthSession::cancel() {
     const std::lock_guard lock(runningMutex);
-    if (runningChild > 0) {
-        // The reader then sees the end of the stream; the owning call reaps the child.
-        ::kill(runningChild, SIGTERM);
-    }
+    // The reader then sees the end of the stream; the owning call reaps the child.
+    ChildProcess::signalGroup(runningGroup);
 }
 
 std::optional<CodexOAuthError> CodexOAuthSession::converse(Purpose purpose,
                                                            const std::filesystem::path& executable,
                                                            const Environment& environment,
                                                            std::chrono::milliseconds timeout) {
-    auto spawned = ChildProcess::spawn(
-        executable, {"app-server", "--stdio"}, environment,
-        {ChildProcess::Stream::pipe, ChildProcess::Stream::pipe, ChildProcess::Stream::null});
-    if (!spawned) {
-        return CodexOAuthError{Kind::launchFailed};
+    auto opened =
+        CodexAppServerConnection::open(executable, environment, Deadline::after(timeout), limits.outputLimit);
+    if (!opened) {
+        return oauthError(opened.error());
     }
-    ChildProcess child = std::move(spawned).value();
+    CodexAppServerConnection connection = std::move(opened).value();
     {
         const std::lock_guard lock(runningMutex);
-        runningChild = child.pid();
+        runningGroup = connection.processGroup();
     }
-    LineDelimitedJSONReader reader(child.outputDescriptor(), LineDelimitedJSONReader::Clock::now() + timeout,
-                                   limits.outputLimit);
-    Conversation conversation(child, reader);
+    Conversation conversation(connection);
     const auto result =
         purpose == Purpose::login ? signIn(conversation, browserOpener) : signOut(conversation);
 
     {
         const std::lock_guard lock(runningMutex);
-        runningChild = -1;
+        runningGroup = -1;
     }
-    child.closeInput();
-    child.closeOutput();
-    child.terminate();
+    connection.close(ChildProcess::defaultTerminationGrace);
     return result;
 }
 

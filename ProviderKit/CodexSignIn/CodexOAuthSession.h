@@ -47,7 +47,7 @@ private:
     const Limits limits;
     std::mutex operation;
     std::mutex runningMutex;
-    pid_t runningChild = -1;
+    pid_t runningGroup = -1;
 };
 
 } // namespace gaugewell

@@ -53,8 +53,8 @@ int statusFromWait(int raw) {
 
 Expected<ChildProcess, ChildProcessError> ChildProcess::spawn(const std::string& executable,
                                                               const std::vector<std::string>& arguments,
-                                                              const Environment& environment,
-                                                              Streams streams) {
+                                                              const Environment& environment, Streams streams,
+                                                              Reach reach) {
     SpawnResources resources;
     const Stream modes[3] = {streams.input, streams.output, streams.error};
     for (int index = 0; index < 3; ++index) {
@@ -97,7 +97,11 @@ Expected<ChildProcess, ChildProcessError> ChildProcess::spawn(const std::string&
     sigemptyset(&emptyMask);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
     posix_spawnattr_setsigmask(&attributes, &emptyMask);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+    // A group of its own: the child and what it starts can be ended together, and a Ctrl-C in
+    // our terminal reaches us, not a child in the middle of an exchange.
+    posix_spawnattr_setpgroup(&attributes, 0);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK |
+                                              (reach == Reach::group ? POSIX_SPAWN_SETPGROUP : 0));
 
     std::vector<std::string> argumentStorage;
     argumentStorage.reserve(arguments.size() + 1);
@@ -131,33 +135,40 @@ Expected<ChildProcess, ChildProcessError> ChildProcess::spawn(const std::string&
     }
 
     // Keep our ends; the child's ends are closed by `resources`.
-    ChildProcess child(pid, resources.pipes[0].write, resources.pipes[1].read, resources.pipes[2].read);
-    resources.pipes[0].write = -1;
-    resources.pipes[1].read = -1;
-    resources.pipes[2].read = -1;
-    return child;
+    return ChildProcess(pid, reach, FileDescriptor(std::exchange(resources.pipes[0].write, -1)),
+                        FileDescriptor(std::exchange(resources.pipes[1].read, -1)),
+                        FileDescriptor(std::exchange(resources.pipes[2].read, -1)));
 }
 
+ChildProcess::ChildProcess(pid_t pid, Reach reach, FileDescriptor input, FileDescriptor output,
+                           FileDescriptor error)
+    : pid_(pid)
+    , reach(reach)
+    , input(std::move(input))
+    , output(std::move(output))
+    , error(std::move(error))
+    // Unreaped, so the id cannot have been reused. (glibc 2.36 declares no pidfd_open for C++.)
+    , exitNotice(static_cast<int>(::syscall(SYS_pidfd_open, pid, 0))) {}
+
 ChildProcess::ChildProcess(ChildProcess&& other) noexcept
-    : pid_(other.pid_)
-    , input(other.input)
-    , output(other.output)
-    , error(other.error)
-    , status(other.status) {
-    other.pid_ = -1;
-    other.input = other.output = other.error = -1;
-}
+    : pid_(std::exchange(other.pid_, -1))
+    , reach(other.reach)
+    , input(std::move(other.input))
+    , output(std::move(other.output))
+    , error(std::move(other.error))
+    , exitNotice(std::move(other.exitNotice))
+    , status(other.status) {}
 
 ChildProcess& ChildProcess::operator=(ChildProcess&& other) noexcept {
     if (this != &other) {
         release();
-        pid_ = other.pid_;
-        input = other.input;
-        output = other.output;
-        error = other.error;
+        pid_ = std::exchange(other.pid_, -1);
+        reach = other.reach;
+        input = std::move(other.input);
+        output = std::move(other.output);
+        error = std::move(other.error);
+        exitNotice = std::move(other.exitNotice);
         status = other.status;
-        other.pid_ = -1;
-        other.input = other.output = other.error = -1;
     }
     return *this;
 }
@@ -167,23 +178,14 @@ ChildProcess::~ChildProcess() {
 }
 
 void ChildProcess::release() {
-    closeQuietly(input);
-    closeQuietly(output);
-    closeQuietly(error);
+    input.reset();
+    output.reset();
+    error.reset();
     if (pid_ > 0 && !status) {
         terminate();
     }
+    exitNotice.reset();
     pid_ = -1;
-}
-
-void ChildProcess::closeInput() {
-    closeQuietly(input);
-}
-void ChildProcess::closeOutput() {
-    closeQuietly(output);
-}
-void ChildProcess::closeError() {
-    closeQuietly(error);
 }
 
 bool ChildProcess::reap(bool block) {
@@ -209,8 +211,49 @@ bool ChildProcess::reap(bool block) {
     return false;
 }
 
+bool ChildProcess::hasExited() {
+    if (status || pid_ <= 0) {
+        return true;
+    }
+    siginfo_t info{};
+    int result;
+    do {
+        result = ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
+    } while (result < 0 && errno == EINTR);
+    return result < 0 || info.si_pid == pid_;
+}
+
+void ChildProcess::signal(int number) {
+    // Only while the leader is unreaped: its zombie keeps the group's id from being reused.
+    if (pid_ > 0 && !status) {
+        ::kill(reach == Reach::group ? -pid_ : pid_, number);
+    }
+}
+
+void ChildProcess::signalGroup(pid_t leader) {
+    if (leader > 0) {
+        ::kill(-leader, SIGTERM);
+    }
+}
+
 bool ChildProcess::isRunning() {
-    return !reap(false);
+    return !hasExited();
+}
+
+bool ChildProcess::waitForExit(Deadline deadline) {
+    while (!hasExited()) {
+        if (deadline.hasPassed()) {
+            return false;
+        }
+        if (exitNotice) {
+            pollfd exited{exitNotice.get(), POLLIN, 0};
+            ::poll(&exited, 1, deadline.pollMilliseconds());
+        } else {
+            std::this_thread::sleep_for(
+                std::min<Deadline::Clock::duration>(deadline.remaining(), std::chrono::milliseconds(5)));
+        }
+    }
+    return true;
 }
 
 std::optional<int> ChildProcess::terminationStatus() {
@@ -224,34 +267,13 @@ int ChildProcess::waitUntilExit() {
 }
 
 int ChildProcess::terminate(std::chrono::milliseconds grace) {
-    if (reap(false)) {
-        return *status;
-    }
-    // Unreaped, so the id cannot have been reused: a process descriptor lets us sleep until the
-    // exit itself rather than polling for it. (glibc 2.36 declares no pidfd_open for C++.)
-    const int exitDescriptor = static_cast<int>(::syscall(SYS_pidfd_open, pid_, 0));
-    ::kill(pid_, SIGTERM);
-    const auto deadline = std::chrono::steady_clock::now() + grace;
-    while (!reap(false)) {
-        const auto left =
-            std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0) {
-            break;
-        }
-        if (exitDescriptor >= 0) {
-            pollfd exited{exitDescriptor, POLLIN, 0};
-            ::poll(&exited, 1, static_cast<int>(std::min<long long>(left.count(), 60'000)));
-        } else {
-            std::this_thread::sleep_for(std::min(left, std::chrono::milliseconds(5)));
-        }
-    }
-    if (exitDescriptor >= 0) {
-        ::close(exitDescriptor);
-    }
     if (status) {
         return *status;
     }
-    ::kill(pid_, SIGKILL);
+    signal(SIGTERM);
+    waitForExit(Deadline::after(grace));
+    // The child, if it ignored SIGTERM, and whatever of its group is still there.
+    signal(SIGKILL);
     return waitUntilExit();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Platform/Deadline.h"
+#include "Platform/FileDescriptor.h"
 #include "ProviderKit/Process/Environment.h"
 #include "UsageDomain/Expected.h"
 
@@ -15,8 +17,10 @@ enum class ChildProcessError { launchFailed };
 
 // One running child with optional pipes to its standard streams. The child inherits no
 // descriptor of ours but the three standard streams, and default signal dispositions
-// (we ignore SIGPIPE; the child must not). Destroying a ChildProcess that has not been
-// reaped terminates and reaps it, so no child outlives its owner and no zombie is left.
+// (we ignore SIGPIPE; the child must not). It leads a process group of its own, and ending it
+// ends the group: whatever the child started (a tool's own `git`, say) goes with it. Destroying
+// a ChildProcess that has not been reaped ends it and reaps it, so no child outlives its owner
+// and no zombie is left.
 class ChildProcess {
 public:
     enum class Stream { inherit, null, pipe };
@@ -26,11 +30,15 @@ public:
         Stream output = Stream::pipe;
         Stream error = Stream::pipe;
     };
+    // `childOnly` for a launcher whose descendants belong to the user (a browser): ending it
+    // leaves them alone.
+    enum class Reach { group, childOnly };
 
     // `executable` is a path, not looked up in PATH; `environment` replaces ours entirely.
     static Expected<ChildProcess, ChildProcessError> spawn(const std::string& executable,
                                                            const std::vector<std::string>& arguments,
-                                                           const Environment& environment, Streams streams);
+                                                           const Environment& environment, Streams streams,
+                                                           Reach reach = Reach::group);
 
     ChildProcess(ChildProcess&& other) noexcept;
     ChildProcess& operator=(ChildProcess&& other) noexcept;
@@ -40,38 +48,46 @@ public:
 
     pid_t pid() const { return pid_; }
     // Our ends of the pipes; -1 for streams that are not piped (or already closed).
-    int inputDescriptor() const { return input; }
-    int outputDescriptor() const { return output; }
-    int errorDescriptor() const { return error; }
-    void closeInput();
-    void closeOutput();
-    void closeError();
+    int inputDescriptor() const { return input.get(); }
+    int outputDescriptor() const { return output.get(); }
+    int errorDescriptor() const { return error.get(); }
+    void closeInput() { input.reset(); }
+    void closeOutput() { output.reset(); }
+    void closeError() { error.reset(); }
 
-    // Reaps the child if it has exited, without blocking. True while it is still running.
+    // Without reaping, so that the group can still be ended. True while it is still running.
     bool isRunning();
-    // The exit code, or the signal number for a child killed by a signal (as a process
-    // object reports it); absent while running.
+    // Sleeps until the child exits or the deadline passes; true when it has exited.
+    bool waitForExit(Deadline deadline);
+    // Reaps the child if it has exited: the exit code, or the signal number for a child killed
+    // by a signal (as a process object reports it); absent while running. What the child
+    // started is then on its own.
     std::optional<int> terminationStatus();
     // Blocks until the child exits and returns its termination status.
     int waitUntilExit();
-    // SIGTERM, then SIGKILL if it is still running after `grace`; always reaps.
+    // SIGTERM to the group, then SIGKILL to what is left of it after `grace` (also when the child
+    // itself has already exited); always reaps.
     int terminate(std::chrono::milliseconds grace = defaultTerminationGrace);
+    // SIGTERM to the group led by `leader`, from any thread, as long as the owner has not reaped
+    // the leader; the owner then reaps it.
+    static void signalGroup(pid_t leader);
 
     static constexpr std::chrono::milliseconds defaultTerminationGrace{500};
 
 private:
-    ChildProcess(pid_t pid, int input, int output, int error)
-        : pid_(pid)
-        , input(input)
-        , output(output)
-        , error(error) {}
+    ChildProcess(pid_t pid, Reach reach, FileDescriptor input, FileDescriptor output, FileDescriptor error);
     void release();
     bool reap(bool block);
+    bool hasExited();
+    void signal(int number);
 
     pid_t pid_ = -1;
-    int input = -1;
-    int output = -1;
-    int error = -1;
+    Reach reach = Reach::group;
+    FileDescriptor input;
+    FileDescriptor output;
+    FileDescriptor error;
+    // Readable once the child has exited; absent where the kernel has no pidfd_open.
+    FileDescriptor exitNotice;
     std::optional<int> status;
 };
 

@@ -3,6 +3,7 @@
 #include "ProviderKit/Process/Environment.h"
 #include "UsageDomain/Expected.h"
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -14,7 +15,7 @@ namespace gaugewell {
 enum class ProcessSupportError { launchFailed, timedOut, outputLimitExceeded };
 
 // The only text an error of the runner ever has.
-constexpr std::string_view description(ProcessSupportError error) {
+constexpr std::string_view describe(ProcessSupportError error) {
     switch (error) {
     case ProcessSupportError::launchFailed:
         return "The provider executable could not be started.";
@@ -38,9 +39,11 @@ class CommandRunning {
 public:
     virtual ~CommandRunning() = default;
     // Blocks the calling thread; `environment` is the child's whole environment.
-    virtual Expected<CommandOutput, ProcessSupportError>
-    run(const std::filesystem::path& executable, const std::vector<std::string>& arguments,
-        const Environment& environment, double timeoutSeconds, std::int64_t outputLimit) const = 0;
+    virtual Expected<CommandOutput, ProcessSupportError> run(const std::filesystem::path& executable,
+                                                             const std::vector<std::string>& arguments,
+                                                             const Environment& environment,
+                                                             std::chrono::milliseconds timeout,
+                                                             std::int64_t outputLimit) const = 0;
 };
 
 } // namespace gaugewell

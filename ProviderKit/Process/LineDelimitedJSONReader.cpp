@@ -9,36 +9,45 @@
 
 namespace gaugewell {
 
-LineDelimitedJSONReader::LineDelimitedJSONReader(int descriptor, Clock::time_point deadline,
-                                                 std::int64_t outputLimit, Now now)
+LineDelimitedJSONReader::LineDelimitedJSONReader(int descriptor, Deadline deadline, std::int64_t outputLimit,
+                                                 Now now)
     : descriptor(descriptor)
     , deadline(deadline)
     , outputLimit(outputLimit)
     , now(std::move(now)) {}
 
 Expected<JsonValue, LineDelimitedJSONReaderError> LineDelimitedJSONReader::nextObject() {
+    auto line = nextLine();
+    if (!line) {
+        return unexpected(line.error());
+    }
+    // No trimming: a line of "\r" alone, or an object followed by "\r", is not an object line.
+    auto parsed = parseJson(*line);
+    if (!parsed || parsed->type() != JsonValue::Type::object) {
+        return unexpected(LineDelimitedJSONReaderError::malformedResponse);
+    }
+    return std::move(parsed).value();
+}
+
+Expected<std::string, LineDelimitedJSONReaderError> LineDelimitedJSONReader::nextLine() {
     for (;;) {
         // First on every pass: once the deadline has passed, not even a line already read is returned.
         const auto current = now();
-        if (current >= deadline) {
+        if (current >= deadline.timePoint()) {
             return unexpected(LineDelimitedJSONReaderError::timedOut);
         }
 
         if (const auto lineFeed = pending.find('\n'); lineFeed != std::string::npos) {
-            const std::string line = pending.substr(0, lineFeed);
+            std::string line = pending.substr(0, lineFeed);
             pending.erase(0, lineFeed + 1);
             if (line.empty()) {
                 continue;
             }
-            // No trimming: a line of "\r" alone, or an object followed by "\r", is not an object line.
-            auto parsed = parseJson(line);
-            if (!parsed || parsed->type() != JsonValue::Type::object) {
-                return unexpected(LineDelimitedJSONReaderError::malformedResponse);
-            }
-            return std::move(parsed).value();
+            return line;
         }
 
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - current).count();
+        const auto left =
+            std::chrono::ceil<std::chrono::milliseconds>(deadline.timePoint() - current).count();
         const int timeout = static_cast<int>(std::clamp<decltype(left)>(left, 1, INT_MAX));
         pollfd waiting{descriptor, POLLIN, 0};
         const int ready = ::poll(&waiting, 1, timeout);

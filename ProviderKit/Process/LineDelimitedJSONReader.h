@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Platform/Deadline.h"
 #include "UsageDomain/Expected.h"
 #include "UsageDomain/JsonValue.h"
 
@@ -29,17 +30,18 @@ public:
 
     static constexpr std::size_t readSize = 8192;
 
-    LineDelimitedJSONReader(int descriptor, Clock::time_point deadline, std::int64_t outputLimit,
+    LineDelimitedJSONReader(int descriptor, Deadline deadline, std::int64_t outputLimit,
                             Now now = Clock::now);
 
-    // Blocks until the next object, the deadline, end of stream or an error. Empty lines are
-    // skipped; any other line that is not a JSON object is `malformedResponse`. A last line
-    // without a line feed is never returned.
+    // Blocks until the next line (without its line feed), the deadline, end of stream or an
+    // error. Empty lines are skipped. A last line without a line feed is never returned.
+    Expected<std::string, LineDelimitedJSONReaderError> nextLine();
+    // The next line as a JSON object; any other line is `malformedResponse`.
     Expected<JsonValue, LineDelimitedJSONReaderError> nextObject();
 
 private:
     int descriptor;
-    Clock::time_point deadline;
+    Deadline deadline;
     std::int64_t outputLimit;
     Now now;
     std::string pending;

@@ -4,32 +4,12 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <climits>
 #include <poll.h>
-#include <thread>
 #include <unistd.h>
 
 namespace gaugewell {
 
 namespace {
-
-using Clock = std::chrono::steady_clock;
-
-Clock::time_point deadlineAfter(double seconds) {
-    const auto now = Clock::now();
-    if (!(seconds > 0)) { // also NaN
-        return now;
-    }
-    // A year is beyond any caller's time-out and keeps the conversion in range.
-    constexpr double longest = 365.0 * 24 * 60 * 60;
-    return now + std::chrono::duration_cast<Clock::duration>(
-                     std::chrono::duration<double>(std::min(seconds, longest)));
-}
-
-int millisecondsUntil(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    return static_cast<int>(std::clamp<decltype(left)>(left, 0, INT_MAX));
-}
 
 enum class DrainOutcome { finished, outputLimitExceeded, timedOut };
 
@@ -38,7 +18,7 @@ enum class DrainOutcome { finished, outputLimitExceeded, timedOut };
 // bound. Both pipes are read together, and only until the deadline, so a descendant that holds
 // one of them open cannot hold us.
 DrainOutcome drain(ChildProcess& child, std::string& output, std::string& error, std::int64_t limit,
-                   Clock::time_point deadline) {
+                   Deadline deadline) {
     if (limit < 0) { // even no output at all is more than that
         return DrainOutcome::outputLimitExceeded;
     }
@@ -62,7 +42,7 @@ DrainOutcome drain(ChildProcess& child, std::string& output, std::string& error,
         if (count == 0) {
             return DrainOutcome::finished;
         }
-        const int ready = ::poll(fds, count, millisecondsUntil(deadline));
+        const int ready = ::poll(fds, count, deadline.pollMilliseconds());
         if (ready < 0) {
             if (errno == EINTR) {
                 continue;
@@ -98,7 +78,7 @@ DrainOutcome drain(ChildProcess& child, std::string& output, std::string& error,
 
 Expected<CommandOutput, ProcessSupportError>
 PosixCommandRunner::run(const std::filesystem::path& executable, const std::vector<std::string>& arguments,
-                        const Environment& environment, double timeoutSeconds,
+                        const Environment& environment, std::chrono::milliseconds timeout,
                         std::int64_t outputLimit) const {
     // Standard input is the null device, not ours: a child must never read the terminal or
     // whatever our own input happens to be.
@@ -109,17 +89,11 @@ PosixCommandRunner::run(const std::filesystem::path& executable, const std::vect
         return unexpected(ProcessSupportError::launchFailed);
     }
     ChildProcess child = std::move(spawned).value();
-    const auto deadline = deadlineAfter(timeoutSeconds);
+    const auto deadline = Deadline::after(timeout);
 
     // Nothing drains the pipes while the child runs: a child that fills one blocks on it and
     // ends up timed out, so a flood costs us no memory.
-    while (child.isRunning()) {
-        if (Clock::now() >= deadline) {
-            break;
-        }
-        std::this_thread::sleep_for(pollInterval);
-    }
-    if (child.isRunning()) {
+    if (!child.waitForExit(deadline)) {
         child.terminate(terminationGrace);
         return unexpected(ProcessSupportError::timedOut);
     }
@@ -133,7 +107,8 @@ PosixCommandRunner::run(const std::filesystem::path& executable, const std::vect
     case DrainOutcome::timedOut:
         return unexpected(ProcessSupportError::timedOut);
     }
-    output.status = child.terminationStatus().value_or(-1);
+    // Whatever the child left running in its group goes now.
+    output.status = child.terminate(terminationGrace);
     return output;
 }
 

@@ -6,18 +6,18 @@
 
 namespace gaugewell {
 
-// Runs a child to completion on the calling thread: it waits for the exit by polling, then
-// reads what the child left in its pipes. Every run owns its child and its pipes, so any
+// Runs a child to completion on the calling thread: it waits for the exit, then reads what the
+// child left in its pipes. Every run owns its child and its pipes, so any
 // number of threads may run commands at the same time.
 class PosixCommandRunner final : public CommandRunning {
 public:
-    static constexpr std::chrono::milliseconds pollInterval{10};
     // How long a child has to go after SIGTERM at the deadline before it is killed.
     static constexpr std::chrono::milliseconds terminationGrace{500};
 
     Expected<CommandOutput, ProcessSupportError> run(const std::filesystem::path& executable,
                                                      const std::vector<std::string>& arguments,
-                                                     const Environment& environment, double timeoutSeconds,
+                                                     const Environment& environment,
+                                                     std::chrono::milliseconds timeout,
                                                      std::int64_t outputLimit) const override;
 };
 

@@ -23,7 +23,7 @@ struct RunCall {
     fs::path executable;
     std::vector<std::string> arguments;
     Environment environment;
-    double timeout;
+    std::chrono::milliseconds timeout;
     std::int64_t outputLimit;
 };
 
@@ -38,7 +38,8 @@ public:
     bool requireOverlap = false;
 
     RunResult run(const fs::path& executable, const std::vector<std::string>& arguments,
-                  const Environment& environment, double timeout, std::int64_t outputLimit) const override {
+                  const Environment& environment, std::chrono::milliseconds timeout,
+                  std::int64_t outputLimit) const override {
         std::unique_lock lock(mutex);
         calls.push_back({executable, arguments, environment, timeout, outputLimit});
         const bool isVersion = arguments == std::vector<std::string>{"--version"};
@@ -130,10 +131,10 @@ TEST_F(CodexUsageProviderTest, ProbeRunsVersionAndHelpConcurrentlyWithTheirLimit
     std::sort(calls.begin(), calls.end(),
               [](const auto& a, const auto& b) { return a.arguments < b.arguments; });
     EXPECT_EQ(calls[0].arguments, (std::vector<std::string>{"--version"}));
-    EXPECT_EQ(calls[0].timeout, 3);
+    EXPECT_EQ(calls[0].timeout, std::chrono::seconds(3));
     EXPECT_EQ(calls[0].outputLimit, 16'384);
     EXPECT_EQ(calls[1].arguments, (std::vector<std::string>{"app-server", "--help"}));
-    EXPECT_EQ(calls[1].timeout, 3);
+    EXPECT_EQ(calls[1].timeout, std::chrono::seconds(3));
     EXPECT_EQ(calls[1].outputLimit, 65'536);
     for (const auto& call : calls) {
         EXPECT_EQ(call.executable, fake.executable());
@@ -248,7 +249,7 @@ TEST_F(CodexUsageProviderTest, CollectsFromASignedInServer) {
     const auto calls = runner->recordedCalls();
     ASSERT_EQ(calls.size(), 1u);
     EXPECT_EQ(calls[0].arguments, std::vector<std::string>{"--version"});
-    EXPECT_EQ(calls[0].timeout, 5);
+    EXPECT_EQ(calls[0].timeout, std::chrono::seconds(5));
     EXPECT_EQ(calls[0].outputLimit, 16'384);
     EXPECT_EQ(calls[0].environment.at("PATH"),
               fake.directory().string() + ":" + (home.path() / "empty-bin").string());

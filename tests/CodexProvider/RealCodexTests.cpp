@@ -62,7 +62,7 @@ TEST_F(RealCodexTest, SignedOutCollectionIsDeclinedWithTheServersRpcError) {
     EXPECT_TRUE(result.windows().empty() && result.tokenBuckets().empty());
 
     const auto response =
-        CodexAppServerTransport(codex, subject.childEnvironment(codex), 10, 1 << 20).fetchUsage();
+        CodexAppServerTransport(codex, subject.childEnvironment(codex), std::chrono::seconds(10), 1 << 20).fetchUsage();
     ASSERT_FALSE(response.hasValue());
     EXPECT_EQ(response.error(), CodexProviderError::rpcError(-32600));
 }

@@ -61,6 +61,22 @@ long peakResidentKiB() {
     return -1;
 }
 
+// Whether the process whose id a script wrote to `pidFile` still runs. Orphans are reaped by
+// whoever adopted them, possibly later, so a zombie counts as gone.
+bool isAlive(const std::filesystem::path& pidFile) {
+    pid_t pid = 0;
+    for (int attempt = 0; attempt < 50 && pid <= 0; ++attempt) {
+        std::ifstream(pidFile) >> pid;
+    }
+    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+    std::string line;
+    if (pid <= 0 || !std::getline(stat, line)) {
+        return false;
+    }
+    const auto state = line.find(") ");
+    return state != std::string::npos && line.at(state + 2) != 'Z';
+}
+
 bool resetPeakResident() {
     std::ofstream clear("/proc/self/clear_refs");
     clear << "5";
@@ -77,8 +93,9 @@ protected:
         EXPECT_EQ(childrenOfOurs(), std::vector<std::string>());
     }
 
-    Expected<CommandOutput, ProcessSupportError> shell(const std::string& script, double timeout = 10,
-                                                       std::int64_t limit = 65536) const {
+    Expected<CommandOutput, ProcessSupportError>
+    shell(const std::string& script, std::chrono::milliseconds timeout = std::chrono::seconds(10),
+          std::int64_t limit = 65536) const {
         return runner.run("/bin/sh", {"-c", script}, shellEnvironment, timeout, limit);
     }
 
@@ -99,7 +116,7 @@ TEST_F(PosixCommandRunnerTest, PassesArgumentsVerbatimAndOnlyTheGivenEnvironment
     ::setenv("GAUGEWELL_SECRET_FOR_TEST", "leak", 1);
     const auto result =
         runner.run("/bin/sh", {"-c", "printf '%s|' \"$@\"; env", "sh", "a b", "", "*", "$HOME"},
-                   {{"ONLY", "this"}}, 10, 65536);
+                   {{"ONLY", "this"}}, std::chrono::seconds(10), 65536);
     ::unsetenv("GAUGEWELL_SECRET_FOR_TEST");
     ASSERT_TRUE(result.hasValue());
     EXPECT_EQ(result->standardOutput.rfind("a b||*|$HOME|", 0), 0u);
@@ -108,7 +125,8 @@ TEST_F(PosixCommandRunnerTest, PassesArgumentsVerbatimAndOnlyTheGivenEnvironment
 }
 
 TEST_F(PosixCommandRunnerTest, ChildReadsTheNullDeviceNotOurInput) {
-    const auto result = runner.run("/bin/readlink", {"/proc/self/fd/0"}, shellEnvironment, 10, 4096);
+    const auto result =
+        runner.run("/bin/readlink", {"/proc/self/fd/0"}, shellEnvironment, std::chrono::seconds(10), 4096);
     ASSERT_TRUE(result.hasValue());
     EXPECT_EQ(result->standardOutput, "/dev/null\n");
 }
@@ -118,7 +136,7 @@ TEST_F(PosixCommandRunnerTest, UnlaunchableExecutablesAreLaunchFailures) {
     for (const fs::path& executable :
          {directory / "no-such-codex", directory / "codex", directory.path(), fs::path()}) {
         SCOPED_TRACE(executable);
-        const auto result = runner.run(executable, {}, shellEnvironment, 10, 4096);
+        const auto result = runner.run(executable, {}, shellEnvironment, std::chrono::seconds(10), 4096);
         ASSERT_FALSE(result.hasValue());
         EXPECT_EQ(result.error(), ProcessSupportError::launchFailed);
     }
@@ -139,7 +157,7 @@ TEST_P(PosixCommandRunnerOutputLimit, AppliesToBothStreamsTogether) {
     const auto& param = GetParam();
     const auto result = shell("head -c " + std::to_string(param.outputBytes) + " /dev/zero; head -c " +
                                   std::to_string(param.errorBytes) + " /dev/zero >&2",
-                              10, param.limit);
+                              std::chrono::seconds(10), param.limit);
     if (param.accepted) {
         ASSERT_TRUE(result.hasValue());
         EXPECT_EQ(result->standardOutput.size(), static_cast<std::size_t>(param.outputBytes));
@@ -161,27 +179,38 @@ INSTANTIATE_TEST_SUITE_P(Totals, PosixCommandRunnerOutputLimit,
 class PosixCommandRunnerDeadline : public PosixCommandRunnerTest,
                                    public ::testing::WithParamInterface<bool> {};
 
-// A child that outlives the deadline is ended (killed if it ignores SIGTERM) and reaped before
-// the call returns, and the call returns shortly after the deadline.
-TEST_P(PosixCommandRunnerDeadline, EndsAndReapsAChildStillRunningAtTheDeadline) {
+// A child that outlives the deadline is ended (killed if it ignores SIGTERM) with everything it
+// started, and reaped before the call returns, shortly after the deadline.
+TEST_P(PosixCommandRunnerDeadline, EndsAChildStillRunningAtTheDeadlineWithItsDescendants) {
     const bool ignoresTerminate = GetParam();
     const auto pidFile = directory / "pid";
-    const double timeout = 0.5;
+    const auto descendantFile = directory / "descendant";
+    const auto timeout = std::chrono::milliseconds(500);
     const auto started = steady_clock::now();
-    const auto result = shell(std::string(ignoresTerminate ? "trap '' TERM; " : "") + "echo $$ > '" +
-                                  pidFile.string() + "'; exec sleep 60",
+    const auto result = shell(std::string(ignoresTerminate ? "trap '' TERM; " : "") +
+                                  "sleep 60 >/dev/null 2>&1 & echo $! > '" + descendantFile.string() +
+                                  "'; echo $$ > '" + pidFile.string() + "'; exec sleep 60",
                               timeout);
     const auto elapsed = steady_clock::now() - started;
 
     ASSERT_FALSE(result.hasValue());
     EXPECT_EQ(result.error(), ProcessSupportError::timedOut);
-    EXPECT_GE(elapsed, std::chrono::duration<double>(timeout));
-    EXPECT_LT(elapsed, std::chrono::duration<double>(timeout) + PosixCommandRunner::terminationGrace +
-                           std::chrono::seconds(2));
+    EXPECT_GE(elapsed, timeout);
+    EXPECT_LT(elapsed, timeout + PosixCommandRunner::terminationGrace + std::chrono::seconds(2));
     pid_t pid = 0;
     std::ifstream(pidFile) >> pid;
     ASSERT_GT(pid, 0);
     EXPECT_FALSE(fs::exists("/proc/" + std::to_string(pid)));
+    EXPECT_FALSE(isAlive(descendantFile));
+}
+
+// A tool that exits leaving a helper behind (the real `codex` leaves `git`) takes it along.
+TEST_F(PosixCommandRunnerTest, ChildThatExitsTakesWhatItLeftRunningAlong) {
+    const auto descendantFile = directory / "descendant";
+    const auto result =
+        shell("sleep 60 >/dev/null 2>&1 & echo $! > '" + descendantFile.string() + "'; exit 0");
+    ASSERT_TRUE(result.hasValue());
+    EXPECT_FALSE(isAlive(descendantFile));
 }
 
 INSTANTIATE_TEST_SUITE_P(Children, PosixCommandRunnerDeadline, ::testing::Bool(),
@@ -195,7 +224,7 @@ protected:
 // Nothing reads while the child runs: a flooding child fills the pipe, blocks, and times out
 // instead of filling our memory or blocking us.
 TEST_P(PosixCommandRunnerFlood, ChildThatKeepsWritingTimesOut) {
-    const auto result = shell("exec cat /dev/zero" + redirect(), 0.3, 1 << 20);
+    const auto result = shell("exec cat /dev/zero" + redirect(), std::chrono::milliseconds(300), 1 << 20);
     ASSERT_FALSE(result.hasValue());
     EXPECT_EQ(result.error(), ProcessSupportError::timedOut);
 }
@@ -205,7 +234,7 @@ TEST_P(PosixCommandRunnerFlood, WritingAfterTheChildExitedIsCutOffAtTheLimit) {
     constexpr std::int64_t limit = 1 << 20;
     ASSERT_TRUE(resetPeakResident());
     const long residentBefore = peakResidentKiB();
-    const auto result = shell("cat /dev/zero" + redirect() + " & exit 0", 20, limit);
+    const auto result = shell("cat /dev/zero" + redirect() + " & exit 0", std::chrono::seconds(20), limit);
     const long peakGrowth = peakResidentKiB() - residentBefore;
 
     ASSERT_FALSE(result.hasValue());
@@ -240,7 +269,8 @@ TEST_F(PosixCommandRunnerTest, ThousandRunsLeaveNoDescriptorOrZombie) {
     for (int thread = 0; thread < threadCount; ++thread) {
         threads.emplace_back([&] {
             for (int run = 0; run < runsPerThread; ++run) {
-                const auto result = runner.run("/bin/true", {}, shellEnvironment, 10, 1024);
+                const auto result =
+                    runner.run("/bin/true", {}, shellEnvironment, std::chrono::seconds(10), 1024);
                 if (!result || result->status != 0) {
                     ++failures;
                 }

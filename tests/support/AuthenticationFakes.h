@@ -29,8 +29,8 @@ public:
 
     Expected<CommandOutput, ProcessSupportError> run(const std::filesystem::path& executable,
                                                      const std::vector<std::string>& arguments,
-                                                     const Environment& environment, double,
-                                                     std::int64_t) const override {
+                                                     const Environment& environment,
+                                                     std::chrono::milliseconds, std::int64_t) const override {
         runs.push_back({executable, arguments, environment});
         const auto answer = answers.find(arguments);
         return answer == answers.end() ? Expected<CommandOutput, ProcessSupportError>(
