@@ -26,7 +26,7 @@ struct Texts {
 
 } // namespace
 
-std::string_view widgetFetchErrorText(const WidgetFetchError& error) {
+std::string_view describe(const WidgetFetchError& error) {
     return std::visit(Texts{}, error);
 }
 

@@ -18,6 +18,6 @@ using WidgetFetchError =
     std::variant<WidgetUsageLoaderError, WidgetSnapshotDecodingError, WidgetTransportError>;
 
 // The one place where these errors become sentences.
-std::string_view widgetFetchErrorText(const WidgetFetchError& error);
+std::string_view describe(const WidgetFetchError& error);
 
 } // namespace gaugewell

@@ -163,7 +163,7 @@ int CommandLine::report(const std::vector<std::string>& arguments, std::ostream&
     }
     const auto text = model->diagnosticsReport();
     if (const auto error = writeDiagnosticsReport(arguments[1], text)) {
-        err << "gaugewell: " << diagnosticsReportWriteErrorText(*error) << '\n';
+        err << "gaugewell: " << describe(*error) << '\n';
         return failure;
     }
     out << "Diagnostics report written to " << arguments[1] << '\n';
@@ -204,7 +204,7 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
             << std::flush;
     } else {
         err << "gaugewell: the widget feed is off: "
-            << widgetLiveServerErrorText(server.lastError().value_or(WidgetLiveServerError::listenFailed))
+            << describe(server.lastError().value_or(WidgetLiveServerError::listenFailed))
             << '\n'
             << std::flush;
     }
@@ -236,7 +236,7 @@ int CommandLine::widget(const std::vector<std::string>& arguments, std::ostream&
     }
     const auto result = dependencies.fetchWidget();
     if (!result) {
-        const std::string problem(widgetFetchErrorText(result.error()));
+        const std::string problem(describe(result.error()));
         if (*format == WidgetOutputFormat::waybar) {
             out << waybarUnavailableLine(problem) << '\n'; // a status bar still gets one valid line
         } else {

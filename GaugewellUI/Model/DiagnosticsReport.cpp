@@ -68,7 +68,7 @@ std::string unquoted(std::string_view value) {
 
 } // namespace
 
-std::string_view diagnosticsReportWriteErrorText(DiagnosticsReportWriteError error) {
+std::string_view describe(DiagnosticsReportWriteError error) {
     switch (error) {
     case DiagnosticsReportWriteError::folderMissing:
         return "The folder for the diagnostics report does not exist.";

@@ -20,7 +20,7 @@ enum class DiagnosticsReportWriteError {
 };
 
 // The one place where write failures become sentences.
-std::string_view diagnosticsReportWriteErrorText(DiagnosticsReportWriteError error);
+std::string_view describe(DiagnosticsReportWriteError error);
 
 // Where the report's version lines come from; the defaults read this build and this machine.
 struct DiagnosticsReportEnvironment {

@@ -4,11 +4,13 @@
 #include "BackgroundWork.h"
 #include "DiagnosticsReport.h"
 #include "Localizable.h"
+#include "Logging.h"
 #include "Platform/SettingsKeys.h"
 #include "SanitizedProviderDiagnostics.h"
 #include "UsageNotificationController.h"
 #include "WidgetSnapshotBuilder.h"
 
+#include <QElapsedTimer>
 #include <algorithm>
 
 namespace gaugewell {
@@ -107,6 +109,9 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
     if (refreshesRunning++ == 0) {
         emit refreshingChanged();
     }
+    qCDebug(refreshLog).noquote() << "refresh started:" << logName(trigger);
+    QElapsedTimer elapsed;
+    elapsed.start();
     const auto authentication = dependencies.authentication;
     const auto coordinator = this->coordinator;
     // Both at once: a slow `codex login status` must not hold up the Claude check.
@@ -139,7 +144,11 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
                                                     : QtFuture::makeReadyFuture();
               })
         .unwrap()
-        .then(this, [this] { finishRefresh(); });
+        .then(this, [this, trigger, elapsed] {
+            qCDebug(refreshLog).noquote()
+                << "refresh finished:" << logName(trigger) << elapsed.elapsed() << "ms";
+            finishRefresh();
+        });
 }
 
 void UsageAppModel::publish(const CollectedRefresh& collected) {
@@ -153,6 +162,12 @@ void UsageAppModel::publish(const CollectedRefresh& collected) {
                                          dependencies.now(), connectionStates, relativeTime);
     historyPoints_ = ProviderStateAssembler::history(providers_);
     lastUpdatedAt_ = collected.summary.startedAt();
+    for (const auto& provider : providers_) {
+        for (const auto& diagnostic : provider.diagnostics) {
+            qCDebug(diagnosticsLog).noquote() << logName(provider.service) << logName(diagnostic.severity())
+                                              << QString::fromStdString(diagnostic.code());
+        }
+    }
     emit providersChanged();
 }
 
@@ -194,12 +209,15 @@ QFuture<void> UsageAppModel::connectService(ProviderService service) {
         return QtFuture::makeReadyFuture();
     }
     setAuthenticationAction(service);
+    qCDebug(signInLog).noquote() << "sign-in started:" << logName(service);
     setConnectionState({service, ProviderConnectionStatus::connecting,
                         Localizable::tr("Complete sign-in in your browser").toStdString()});
     const auto authentication = dependencies.authentication;
     return runInBackground([authentication, service] { return authentication->login(service); })
         .then(this,
               [this](ProviderConnectionState state) {
+                  qCDebug(signInLog).noquote()
+                      << "sign-in ended:" << logName(state.service) << logName(state.status);
                   setConnectionState(state);
                   setAuthenticationAction(std::nullopt);
                   if (state.isAuthenticated()) {

@@ -1,6 +1,7 @@
 #include "WidgetLiveServer.h"
 
 #include "GaugewellWidgetSupport/WidgetFeedEndpoint.h"
+#include "Logging.h"
 
 #include <QByteArrayView>
 #include <QHostAddress>
@@ -121,7 +122,7 @@ private:
     bool answered = false;
 };
 
-std::string_view widgetLiveServerErrorText(WidgetLiveServerError error) {
+std::string_view describe(WidgetLiveServerError error) {
     switch (error) {
     case WidgetLiveServerError::addressInUse:
         return "The widget feed's port is already in use by another program.";
@@ -199,11 +200,13 @@ void WidgetLiveServer::start() {
         lastError_ = server->serverError() == QAbstractSocket::AddressInUseError
                          ? WidgetLiveServerError::addressInUse
                          : WidgetLiveServerError::listenFailed;
+        qCInfo(widgetFeedLog).noquote() << "not listening:" << describe(*lastError_).data();
         delete server;
         return;
     }
     lastError_.reset();
     listener = server;
+    qCDebug(widgetFeedLog).noquote() << "listening on 127.0.0.1 port" << server->serverPort();
     // Out of descriptors, Qt pauses accepting for good; waiting clients stay in the backlog until the retry.
     connect(server, &QTcpServer::acceptError, this, [server](QAbstractSocket::SocketError) {
         QTimer::singleShot(acceptRetryDelay, server, [server] { server->resumeAccepting(); });
@@ -212,6 +215,7 @@ void WidgetLiveServer::start() {
 
 void WidgetLiveServer::stop() {
     if (listener != nullptr) {
+        qCDebug(widgetFeedLog).noquote() << "stopped listening";
         listener->close();
         listener->deleteLater();
         listener = nullptr;
@@ -227,6 +231,7 @@ void WidgetLiveServer::accept(int descriptor) {
     if (connections.size() >= options.maximumConnections) {
         // Qt drains the whole backlog in one go, pause or not: the excess waits here, bounded.
         if (waiting.size() >= options.maximumWaiting) {
+            qCDebug(widgetFeedLog).noquote() << "connection refused: the waiting list is full";
             ::close(descriptor);
         } else {
             waiting.push_back(descriptor);

@@ -24,7 +24,7 @@ namespace gaugewell {
 enum class WidgetLiveServerError { addressInUse, listenFailed };
 
 // The one place where these become sentences.
-std::string_view widgetLiveServerErrorText(WidgetLiveServerError error);
+std::string_view describe(WidgetLiveServerError error);
 
 enum class WidgetFeedStatus { ok, notFound, internalServerError };
 

@@ -93,7 +93,7 @@ TEST(DiagnosticsReport, AFailedWriteReportsTheCauseAndLeavesTheFolderAsItWas) {
         EXPECT_EQ(entries(root), before);
         EXPECT_TRUE(std::filesystem::is_empty(root / "a-folder"));
         EXPECT_EQ(contents(root / "a-file"), "kept\n");
-        EXPECT_FALSE(diagnosticsReportWriteErrorText(error).empty());
+        EXPECT_FALSE(describe(error).empty());
     }
 }
 

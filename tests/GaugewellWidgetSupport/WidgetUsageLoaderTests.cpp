@@ -54,7 +54,7 @@ TEST(WidgetUsageLoaderTest, FetchesTheSnapshotWithAnUncachedGet) {
     const auto server = std::make_unique<testing::LocalHttpServer>();
     server->route("/widget/v1", testing::HttpAnswer{200, testing::sampleWidgetJson});
     const auto result = WidgetUsageLoader::live(endpoint(server->port())).fetch();
-    ASSERT_TRUE(result) << widgetFetchErrorText(result.error());
+    ASSERT_TRUE(result) << describe(result.error());
     EXPECT_EQ(*result, sampleWidgetSnapshot());
 
     const auto requests = server->requests();
@@ -97,7 +97,7 @@ TEST(WidgetUsageLoaderTest, AnythingButA200WithASnapshotIsTheRightError) {
         limited.maximumResponseBytes = 4096;
         const auto result = fetchWidgetUsageSnapshot(limited);
         ASSERT_FALSE(result);
-        EXPECT_EQ(result.error(), expected) << widgetFetchErrorText(result.error());
+        EXPECT_EQ(result.error(), expected) << describe(result.error());
     }
 }
 
@@ -156,7 +156,7 @@ TEST_F(WidgetFeedEnvironment, LiveLoaderFollowsTheVariable) {
     const auto loader = WidgetUsageLoader::live();
     const auto before = std::chrono::system_clock::now();
     const auto result = loader.fetch();
-    ASSERT_TRUE(result) << widgetFetchErrorText(result.error());
+    ASSERT_TRUE(result) << describe(result.error());
     EXPECT_EQ(*result, sampleWidgetSnapshot());
     const auto now = loader.now();
     EXPECT_GE(now, before);

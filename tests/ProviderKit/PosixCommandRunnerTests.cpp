@@ -61,20 +61,31 @@ long peakResidentKiB() {
     return -1;
 }
 
-// Whether the process whose id a script wrote to `pidFile` still runs. Orphans are reaped by
-// whoever adopted them, possibly later, so a zombie counts as gone.
+// Whether the process whose id a script wrote to `pidFile` still runs a moment later: a signal
+// takes effect asynchronously, and an orphan is reaped by whoever adopted it, so a zombie counts
+// as gone.
 bool isAlive(const std::filesystem::path& pidFile) {
     pid_t pid = 0;
-    for (int attempt = 0; attempt < 50 && pid <= 0; ++attempt) {
-        std::ifstream(pidFile) >> pid;
-    }
-    std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
-    std::string line;
-    if (pid <= 0 || !std::getline(stat, line)) {
+    std::ifstream(pidFile) >> pid;
+    if (pid <= 0) {
         return false;
     }
-    const auto state = line.find(") ");
-    return state != std::string::npos && line.at(state + 2) != 'Z';
+    const auto gone = [pid] {
+        std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+        std::string line;
+        if (!std::getline(stat, line)) {
+            return true;
+        }
+        const auto state = line.rfind(") ");
+        return state == std::string::npos || line.at(state + 2) == 'Z';
+    };
+    for (int attempt = 0; attempt < 200; ++attempt) {
+        if (gone()) {
+            return false;
+        }
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    return true;
 }
 
 bool resetPeakResident() {
