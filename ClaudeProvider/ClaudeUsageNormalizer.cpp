@@ -3,6 +3,7 @@
 #include "ClaudeProvider/InternetDateTime.h"
 #include "ClaudeUsageDiagnostics.h"
 #include "ClaudeUtilization.h"
+#include "UsageDomain/Translatable.h"
 
 namespace gaugewell {
 
@@ -21,18 +22,19 @@ constexpr std::int64_t fiveHours = 18'000;
 constexpr std::int64_t sevenDays = 604'800;
 
 const WindowRow windowTable[] = {
-    {&ClaudeUtilization::fiveHour, "five_hour", "Five-hour", UsageWindowKind::fiveHour, std::nullopt,
-     fiveHours},
-    {&ClaudeUtilization::sevenDay, "seven_day", "Seven-day", UsageWindowKind::sevenDay, std::nullopt,
+    {&ClaudeUtilization::fiveHour, "five_hour", QT_TRANSLATE_NOOP("Localizable", "Five-hour"),
+     UsageWindowKind::fiveHour, std::nullopt, fiveHours},
+    {&ClaudeUtilization::sevenDay, "seven_day", QT_TRANSLATE_NOOP("Localizable", "Seven-day"),
+     UsageWindowKind::sevenDay, std::nullopt, sevenDays},
+    {&ClaudeUtilization::sevenDayOAuthApps, "seven_day_oauth_apps",
+     QT_TRANSLATE_NOOP("Localizable", "OAuth apps weekly"), UsageWindowKind::modelSpecific, "oauth-apps",
      sevenDays},
-    {&ClaudeUtilization::sevenDayOAuthApps, "seven_day_oauth_apps", "OAuth apps weekly",
-     UsageWindowKind::modelSpecific, "oauth-apps", sevenDays},
-    {&ClaudeUtilization::sevenDayOpus, "seven_day_opus", "Opus weekly", UsageWindowKind::modelSpecific,
-     "opus", sevenDays},
-    {&ClaudeUtilization::sevenDaySonnet, "seven_day_sonnet", "Sonnet weekly", UsageWindowKind::modelSpecific,
-     "sonnet", sevenDays},
-    {&ClaudeUtilization::sevenDayCowork, "seven_day_cowork", "Cowork weekly", UsageWindowKind::modelSpecific,
-     "cowork", sevenDays},
+    {&ClaudeUtilization::sevenDayOpus, "seven_day_opus", QT_TRANSLATE_NOOP("Localizable", "Opus weekly"),
+     UsageWindowKind::modelSpecific, "opus", sevenDays},
+    {&ClaudeUtilization::sevenDaySonnet, "seven_day_sonnet",
+     QT_TRANSLATE_NOOP("Localizable", "Sonnet weekly"), UsageWindowKind::modelSpecific, "sonnet", sevenDays},
+    {&ClaudeUtilization::sevenDayCowork, "seven_day_cowork",
+     QT_TRANSLATE_NOOP("Localizable", "Cowork weekly"), UsageWindowKind::modelSpecific, "cowork", sevenDays},
 };
 
 std::string sampleID(const Uuid& connectionID, std::string_view key, Date observedAt) {

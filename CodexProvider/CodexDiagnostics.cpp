@@ -1,5 +1,7 @@
 #include "CodexDiagnostics.h"
 
+#include "UsageDomain/Translatable.h"
+
 namespace gaugewell {
 
 ProviderDiagnostic makeDiagnostic(CodexDiagnostic diagnostic) {
@@ -7,56 +9,81 @@ ProviderDiagnostic makeDiagnostic(CodexDiagnostic diagnostic) {
     switch (diagnostic) {
     case CodexDiagnostic::experimentalProtocol:
         return {info, "codex.experimental_protocol",
-                "Codex collection uses a capability-probed experimental local protocol."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "Codex collection uses a capability-probed experimental local protocol.")};
     case CodexDiagnostic::probeFailed:
         return {warning, "codex.probe_failed",
-                "The Codex executable was found but could not be capability-probed."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "The Codex executable was found but could not be capability-probed.")};
     case CodexDiagnostic::notInstalled:
-        return {error, "codex.not_installed", "Codex is not installed or its executable is not configured."};
+        return {
+            error, "codex.not_installed",
+            QT_TRANSLATE_NOOP("Localizable", "Codex is not installed or its executable is not configured.")};
     case CodexDiagnostic::collectionFailed:
         return {error, "codex.collection_failed",
-                "Codex usage collection failed without exposing provider output."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "Codex usage collection failed without exposing provider output.")};
     case CodexDiagnostic::schemaError:
-        return {error, "codex.schema_error", "Codex usage data did not match the known normalized schema."};
+        return {
+            error, "codex.schema_error",
+            QT_TRANSLATE_NOOP("Localizable", "Codex usage data did not match the known normalized schema.")};
     case CodexDiagnostic::streamFailed:
         return {error, "codex.stream_failed",
-                "The Codex app-server output stream could not be monitored safely."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "The Codex app-server output stream could not be monitored safely.")};
     case CodexDiagnostic::writeFailed:
-        return {error, "codex.write_failed", "The collector could not send a request to Codex app-server."};
+        return {
+            error, "codex.write_failed",
+            QT_TRANSLATE_NOOP("Localizable", "The collector could not send a request to Codex app-server.")};
     case CodexDiagnostic::malformedLine:
         return {error, "codex.malformed_line",
-                "Codex app-server emitted a line outside the expected JSON protocol."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "Codex app-server emitted a line outside the expected JSON protocol.")};
     case CodexDiagnostic::streamEnded:
         return {error, "codex.stream_ended",
-                "Codex app-server ended before returning the requested usage data."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "Codex app-server ended before returning the requested usage data.")};
     case CodexDiagnostic::protocolError:
-        return {error, "codex.protocol_error",
-                "Codex app-server returned an incomplete or incompatible protocol response."};
-    case CodexDiagnostic::outputLimit:
-        return {error, "codex.output_limit", "Codex exceeded the collector's safe output limit."};
-    case CodexDiagnostic::launchFailed:
-        return {error, "codex.launch_failed", "The Codex app-server process could not be started."};
-    case CodexDiagnostic::rpcError:
         return {
-            error, "codex.rpc_error",
-            "Codex declined a local usage request; sign-in or protocol compatibility may need attention."};
+            error, "codex.protocol_error",
+            QT_TRANSLATE_NOOP("Localizable",
+                              "Codex app-server returned an incomplete or incompatible protocol response.")};
+    case CodexDiagnostic::outputLimit:
+        return {error, "codex.output_limit",
+                QT_TRANSLATE_NOOP("Localizable", "Codex exceeded the collector's safe output limit.")};
+    case CodexDiagnostic::launchFailed:
+        return {error, "codex.launch_failed",
+                QT_TRANSLATE_NOOP("Localizable", "The Codex app-server process could not be started.")};
+    case CodexDiagnostic::rpcError:
+        return {error, "codex.rpc_error",
+                QT_TRANSLATE_NOOP("Localizable", "Codex declined a local usage request; sign-in or protocol "
+                                                 "compatibility may need attention.")};
     case CodexDiagnostic::timeout:
-        return {error, "codex.timeout", "Codex did not respond before the collection deadline."};
+        return {error, "codex.timeout",
+                QT_TRANSLATE_NOOP("Localizable", "Codex did not respond before the collection deadline.")};
     case CodexDiagnostic::noUsageWindows:
         return {error, "codex.no_usage_windows",
-                "Codex returned no supported usage windows; its app-server response may have changed."};
+                QT_TRANSLATE_NOOP(
+                    "Localizable",
+                    "Codex returned no supported usage windows; its app-server response may have changed.")};
     case CodexDiagnostic::invalidUsedPercent:
         return {warning, "codex.invalid_used_percent",
-                "A Codex allowance window was rejected because its percentage was out of range."};
+                QT_TRANSLATE_NOOP(
+                    "Localizable",
+                    "A Codex allowance window was rejected because its percentage was out of range.")};
     case CodexDiagnostic::accountUsageUnavailable:
         return {warning, "codex.account_usage_unavailable",
-                "Codex account token history was unavailable; allowance windows were retained."};
+                QT_TRANSLATE_NOOP(
+                    "Localizable",
+                    "Codex account token history was unavailable; allowance windows were retained.")};
     case CodexDiagnostic::accountUsageSchema:
-        return {warning, "codex.account_usage_schema",
-                "Codex account token history did not match the known schema."};
+        return {
+            warning, "codex.account_usage_schema",
+            QT_TRANSLATE_NOOP("Localizable", "Codex account token history did not match the known schema.")};
     case CodexDiagnostic::invalidHistoryBucket:
         return {warning, "codex.invalid_history_bucket",
-                "A Codex history bucket was rejected because it had invalid semantics."};
+                QT_TRANSLATE_NOOP("Localizable",
+                                  "A Codex history bucket was rejected because it had invalid semantics.")};
     }
     return makeDiagnostic(CodexDiagnostic::collectionFailed);
 }

@@ -685,5 +685,237 @@ Codex- und Claude-Konten und hält sie nur im Arbeitsspeicher.</translation>
         <source>This Codex command-line tool is too old. Update it, then connect.</source>
         <translation>Dieses Codex-Kommandozeilenwerkzeug ist zu alt. Aktualisiere es und verbinde dann.</translation>
     </message>
+    <message>
+        <source>Command-line tool not found</source>
+        <translation>Kommandozeilenwerkzeug nicht gefunden</translation>
+    </message>
+    <message>
+        <source>Codex must be updated to support live usage access</source>
+        <translation>Codex muss aktualisiert werden, um die aktuelle Nutzung abrufen zu können</translation>
+    </message>
+    <message>
+        <source>Authentication status could not be checked</source>
+        <translation>Anmeldestatus konnte nicht geprüft werden</translation>
+    </message>
+    <message>
+        <source>ChatGPT sign-in required</source>
+        <translation>ChatGPT-Anmeldung erforderlich</translation>
+    </message>
+    <message>
+        <source>ChatGPT account</source>
+        <translation>ChatGPT-Konto</translation>
+    </message>
+    <message>
+        <source>OpenAI API key</source>
+        <translation>OpenAI-API-Schlüssel</translation>
+    </message>
+    <message>
+        <source>Codex account</source>
+        <translation>Codex-Konto</translation>
+    </message>
+    <message>
+        <source>Claude account · keyring</source>
+        <translation>Claude-Konto · Schlüsselbund</translation>
+    </message>
+    <message>
+        <source>Claude sign-in required</source>
+        <translation>Claude-Anmeldung erforderlich</translation>
+    </message>
+    <message>
+        <source>Account available — connect to authorize usage access</source>
+        <translation>Konto verfügbar – verbinde, um den Zugriff auf die Nutzung zu erlauben</translation>
+    </message>
+    <message>
+        <source>Claude sign-in was not completed</source>
+        <translation>Claude-Anmeldung wurde nicht abgeschlossen</translation>
+    </message>
+    <message>
+        <source>Sign-in timed out</source>
+        <translation>Zeitüberschreitung bei der Anmeldung</translation>
+    </message>
+    <message>
+        <source>ChatGPT sign-in was not completed</source>
+        <translation>ChatGPT-Anmeldung wurde nicht abgeschlossen</translation>
+    </message>
+    <message>
+        <source>Tokens revoked and removed from the keyring</source>
+        <translation>Tokens widerrufen und aus dem Schlüsselbund entfernt</translation>
+    </message>
+    <message>
+        <source>Claude credentials could not be removed</source>
+        <translation>Claude-Zugangsdaten konnten nicht entfernt werden</translation>
+    </message>
+    <message>
+        <source>ChatGPT sign-out could not be completed</source>
+        <translation>ChatGPT-Abmeldung konnte nicht abgeschlossen werden</translation>
+    </message>
+    <message>
+        <source>Signed out from ChatGPT</source>
+        <translation>Von ChatGPT abgemeldet</translation>
+    </message>
+    <message>
+        <source>Opens the official ChatGPT sign-in managed by Codex.</source>
+        <translation>Öffnet die offizielle, von Codex verwaltete ChatGPT-Anmeldung.</translation>
+    </message>
+    <message>
+        <source>Signs out the shared ChatGPT session used by Gaugewell and the Codex CLI.</source>
+        <translation>Beendet die ChatGPT-Sitzung, die Gaugewell und die Codex CLI gemeinsam nutzen.</translation>
+    </message>
+    <message>
+        <source>Opens Claude sign-in in your browser. Inference permission is never requested.</source>
+        <translation>Öffnet die Claude-Anmeldung in deinem Browser. Eine Berechtigung für Inferenz wird nie angefragt.</translation>
+    </message>
+    <message>
+        <source>Revokes this app&apos;s Claude tokens and removes them from your keyring.</source>
+        <translation>Widerruft die Claude-Tokens dieser App und entfernt sie aus deinem Schlüsselbund.</translation>
+    </message>
+    <message>
+        <source>Codex collection uses a capability-probed experimental local protocol.</source>
+        <translation>Die Codex-Erfassung nutzt ein experimentelles lokales Protokoll, dessen Fähigkeiten vorab geprüft werden.</translation>
+    </message>
+    <message>
+        <source>The Codex executable was found but could not be capability-probed.</source>
+        <translation>Das Codex-Programm wurde gefunden, seine Fähigkeiten konnten aber nicht geprüft werden.</translation>
+    </message>
+    <message>
+        <source>Codex is not installed or its executable is not configured.</source>
+        <translation>Codex ist nicht installiert oder sein Programm ist nicht eingerichtet.</translation>
+    </message>
+    <message>
+        <source>Codex usage collection failed without exposing provider output.</source>
+        <translation>Die Erfassung der Codex-Nutzung ist fehlgeschlagen, ohne die Ausgabe des Anbieters offenzulegen.</translation>
+    </message>
+    <message>
+        <source>Codex usage data did not match the known normalized schema.</source>
+        <translation>Die Codex-Nutzungsdaten passten nicht zum bekannten normalisierten Schema.</translation>
+    </message>
+    <message>
+        <source>The Codex app-server output stream could not be monitored safely.</source>
+        <translation>Der Ausgabestrom des Codex-app-servers konnte nicht sicher überwacht werden.</translation>
+    </message>
+    <message>
+        <source>The collector could not send a request to Codex app-server.</source>
+        <translation>Die Erfassung konnte keine Anfrage an den Codex-app-server senden.</translation>
+    </message>
+    <message>
+        <source>Codex app-server emitted a line outside the expected JSON protocol.</source>
+        <translation>Der Codex-app-server hat eine Zeile außerhalb des erwarteten JSON-Protokolls ausgegeben.</translation>
+    </message>
+    <message>
+        <source>Codex app-server ended before returning the requested usage data.</source>
+        <translation>Der Codex-app-server wurde beendet, bevor er die angeforderten Nutzungsdaten geliefert hat.</translation>
+    </message>
+    <message>
+        <source>Codex app-server returned an incomplete or incompatible protocol response.</source>
+        <translation>Der Codex-app-server hat eine unvollständige oder inkompatible Protokollantwort geliefert.</translation>
+    </message>
+    <message>
+        <source>Codex exceeded the collector&apos;s safe output limit.</source>
+        <translation>Codex hat die sichere Ausgabegrenze der Erfassung überschritten.</translation>
+    </message>
+    <message>
+        <source>The Codex app-server process could not be started.</source>
+        <translation>Der Prozess des Codex-app-servers konnte nicht gestartet werden.</translation>
+    </message>
+    <message>
+        <source>Codex declined a local usage request; sign-in or protocol compatibility may need attention.</source>
+        <translation>Codex hat eine lokale Nutzungsanfrage abgelehnt; prüfe gegebenenfalls die Anmeldung oder die Kompatibilität des Protokolls.</translation>
+    </message>
+    <message>
+        <source>Codex did not respond before the collection deadline.</source>
+        <translation>Codex hat nicht vor Ablauf der Erfassungsfrist geantwortet.</translation>
+    </message>
+    <message>
+        <source>Codex returned no supported usage windows; its app-server response may have changed.</source>
+        <translation>Codex hat keine unterstützten Nutzungszeitfenster geliefert; die Antwort seines app-servers hat sich vielleicht geändert.</translation>
+    </message>
+    <message>
+        <source>A Codex allowance window was rejected because its percentage was out of range.</source>
+        <translation>Ein Zeitfenster eines Codex-Kontingents wurde verworfen, weil sein Prozentwert außerhalb des gültigen Bereichs lag.</translation>
+    </message>
+    <message>
+        <source>Codex account token history was unavailable; allowance windows were retained.</source>
+        <translation>Der Token-Verlauf des Codex-Kontos war nicht verfügbar; die Zeitfenster der Kontingente wurden beibehalten.</translation>
+    </message>
+    <message>
+        <source>Codex account token history did not match the known schema.</source>
+        <translation>Der Token-Verlauf des Codex-Kontos passte nicht zum bekannten Schema.</translation>
+    </message>
+    <message>
+        <source>A Codex history bucket was rejected because it had invalid semantics.</source>
+        <translation>Ein Abschnitt des Codex-Verlaufs wurde verworfen, weil seine Angaben ungültig waren.</translation>
+    </message>
+    <message>
+        <source>Claude usage is queried live from an authenticated, undocumented personal-account endpoint.</source>
+        <translation>Die Claude-Nutzung wird live über einen authentifizierten, nicht dokumentierten Endpunkt für persönliche Konten abgefragt.</translation>
+    </message>
+    <message>
+        <source>A Claude usage window was rejected because its percentage was out of range.</source>
+        <translation>Ein Claude-Nutzungszeitfenster wurde verworfen, weil sein Prozentwert außerhalb des gültigen Bereichs lag.</translation>
+    </message>
+    <message>
+        <source>A Claude reset timestamp did not match the known schema.</source>
+        <translation>Eine Claude-Reset-Zeit passte nicht zum bekannten Schema.</translation>
+    </message>
+    <message>
+        <source>Claude returned no supported usage windows; its account response may have changed.</source>
+        <translation>Claude hat keine unterstützten Nutzungszeitfenster geliefert; die Antwort des Kontos hat sich vielleicht geändert.</translation>
+    </message>
+    <message>
+        <source>Sign in to Claude to read account usage.</source>
+        <translation>Melde dich bei Claude an, um die Nutzung des Kontos abzurufen.</translation>
+    </message>
+    <message>
+        <source>Claude authorization expired. Reconnect Claude.</source>
+        <translation>Die Claude-Autorisierung ist abgelaufen. Verbinde Claude erneut.</translation>
+    </message>
+    <message>
+        <source>Claude rejected the account authorization. Reconnect Claude.</source>
+        <translation>Claude hat die Autorisierung des Kontos abgelehnt. Verbinde Claude erneut.</translation>
+    </message>
+    <message>
+        <source>Claude temporarily rate-limited usage checks.</source>
+        <translation>Claude hat die Nutzungsabfragen vorübergehend begrenzt.</translation>
+    </message>
+    <message>
+        <source>Claude usage is temporarily unavailable.</source>
+        <translation>Die Claude-Nutzung ist vorübergehend nicht verfügbar.</translation>
+    </message>
+    <message>
+        <source>Claude returned an invalid network response.</source>
+        <translation>Claude hat eine ungültige Netzwerkantwort geliefert.</translation>
+    </message>
+    <message>
+        <source>Claude usage did not match the known account schema.</source>
+        <translation>Die Claude-Nutzung passte nicht zum bekannten Kontoschema.</translation>
+    </message>
+    <message>
+        <source>Claude usage could not be refreshed from the account.</source>
+        <translation>Die Claude-Nutzung konnte nicht vom Konto aktualisiert werden.</translation>
+    </message>
+    <message>
+        <source>Five-hour</source>
+        <translation>Fünf-Stunden</translation>
+    </message>
+    <message>
+        <source>Seven-day</source>
+        <translation>Sieben-Tage</translation>
+    </message>
+    <message>
+        <source>OAuth apps weekly</source>
+        <translation>OAuth-Apps wöchentlich</translation>
+    </message>
+    <message>
+        <source>Opus weekly</source>
+        <translation>Opus wöchentlich</translation>
+    </message>
+    <message>
+        <source>Sonnet weekly</source>
+        <translation>Sonnet wöchentlich</translation>
+    </message>
+    <message>
+        <source>Cowork weekly</source>
+        <translation>Cowork wöchentlich</translation>
+    </message>
 </context>
 </TS>

@@ -1,6 +1,7 @@
 #include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
 
 #include "ProviderKit/CodexSignIn/CodexExecutable.h"
+#include "UsageDomain/Translatable.h"
 
 #include <algorithm>
 
@@ -63,45 +64,53 @@ bool ProviderAuthenticationManager::isAppServerCapable(const LocatedCodex& codex
 ProviderConnectionState ProviderAuthenticationManager::codexLoginStatus() {
     const auto codex = locateCodex();
     if (!codex) {
-        return state(ProviderService::codex, Connection::notInstalled, "Command-line tool not found");
+        return state(ProviderService::codex, Connection::notInstalled,
+                     QT_TRANSLATE_NOOP("Localizable", "Command-line tool not found"));
     }
     if (!isAppServerCapable(*codex)) {
         return state(ProviderService::codex, Connection::unsupportedVersion,
-                     "Codex must be updated to support live usage access");
+                     QT_TRANSLATE_NOOP("Localizable", "Codex must be updated to support live usage access"));
     }
     const auto output = dependencies.commandRunner->run(codex->executable, {"login", "status"},
                                                         codex->environment, std::chrono::seconds(8), 65536);
     if (!output) {
         return state(ProviderService::codex, Connection::failed,
-                     "Authentication status could not be checked");
+                     QT_TRANSLATE_NOOP("Localizable", "Authentication status could not be checked"));
     }
     if (output->status != 0) {
-        return state(ProviderService::codex, Connection::signedOut, "ChatGPT sign-in required");
+        return state(ProviderService::codex, Connection::signedOut,
+                     QT_TRANSLATE_NOOP("Localizable", "ChatGPT sign-in required"));
     }
     // Only standard output counts; the tool's chatter on standard error is not an answer.
     const std::string text = lowercased(output->standardOutput);
     if (text.find("chatgpt") != std::string::npos) {
-        return state(ProviderService::codex, Connection::signedIn, "ChatGPT account");
+        return state(ProviderService::codex, Connection::signedIn,
+                     QT_TRANSLATE_NOOP("Localizable", "ChatGPT account"));
     }
     if (text.find("api key") != std::string::npos || text.find("api-key") != std::string::npos) {
-        return state(ProviderService::codex, Connection::signedIn, "OpenAI API key");
+        return state(ProviderService::codex, Connection::signedIn,
+                     QT_TRANSLATE_NOOP("Localizable", "OpenAI API key"));
     }
-    return state(ProviderService::codex, Connection::signedIn, "Codex account");
+    return state(ProviderService::codex, Connection::signedIn,
+                 QT_TRANSLATE_NOOP("Localizable", "Codex account"));
 }
 
 ProviderConnectionState ProviderAuthenticationManager::status(ProviderService service) {
     const std::lock_guard lock(operations[static_cast<std::size_t>(service)]);
     if (service == ProviderService::claude) {
         return dependencies.claude->isSignedIn()
-                   ? state(service, Connection::signedIn, "Claude account · keyring")
-                   : state(service, Connection::signedOut, "Claude sign-in required");
+                   ? state(service, Connection::signedIn,
+                           QT_TRANSLATE_NOOP("Localizable", "Claude account · keyring"))
+                   : state(service, Connection::signedOut,
+                           QT_TRANSLATE_NOOP("Localizable", "Claude sign-in required"));
     }
     auto current = codexLoginStatus();
     const bool authorized =
         dependencies.authorizationDefaults->storedBool(codexAuthorizationKey()).value_or(false);
     if (current.status == Connection::signedIn && !authorized) {
-        return state(service, Connection::disconnected,
-                     "Account available — connect to authorize usage access");
+        return state(
+            service, Connection::disconnected,
+            QT_TRANSLATE_NOOP("Localizable", "Account available — connect to authorize usage access"));
     }
     return current;
 }
@@ -110,21 +119,25 @@ ProviderConnectionState ProviderAuthenticationManager::login(ProviderService ser
     const std::lock_guard lock(operations[static_cast<std::size_t>(service)]);
     if (service == ProviderService::claude) {
         return dependencies.claude->login()
-                   ? state(service, Connection::signedIn, "Claude account · keyring")
-                   : state(service, Connection::failed, "Claude sign-in was not completed");
+                   ? state(service, Connection::signedIn,
+                           QT_TRANSLATE_NOOP("Localizable", "Claude account · keyring"))
+                   : state(service, Connection::failed,
+                           QT_TRANSLATE_NOOP("Localizable", "Claude sign-in was not completed"));
     }
     const auto codex = locateCodex();
     if (!codex) {
-        return state(service, Connection::notInstalled, "Command-line tool not found");
+        return state(service, Connection::notInstalled,
+                     QT_TRANSLATE_NOOP("Localizable", "Command-line tool not found"));
     }
     if (!isAppServerCapable(*codex)) {
         return state(service, Connection::unsupportedVersion,
-                     "Codex must be updated to support live usage access");
+                     QT_TRANSLATE_NOOP("Localizable", "Codex must be updated to support live usage access"));
     }
     if (const auto error = dependencies.codex->login(codex->executable, codex->environment)) {
         return error->kind == CodexOAuthError::Kind::timedOut
-                   ? state(service, Connection::failed, "Sign-in timed out")
-                   : state(service, Connection::failed, "ChatGPT sign-in was not completed");
+                   ? state(service, Connection::failed, QT_TRANSLATE_NOOP("Localizable", "Sign-in timed out"))
+                   : state(service, Connection::failed,
+                           QT_TRANSLATE_NOOP("Localizable", "ChatGPT sign-in was not completed"));
     }
     auto after = codexLoginStatus();
     if (after.status == Connection::signedIn) {
@@ -137,19 +150,23 @@ ProviderConnectionState ProviderAuthenticationManager::disconnect(ProviderServic
     const std::lock_guard lock(operations[static_cast<std::size_t>(service)]);
     if (service == ProviderService::claude) {
         return dependencies.claude->logout()
-                   ? state(service, Connection::signedOut, "Tokens revoked and removed from the keyring")
-                   : state(service, Connection::failed, "Claude credentials could not be removed");
+                   ? state(service, Connection::signedOut,
+                           QT_TRANSLATE_NOOP("Localizable", "Tokens revoked and removed from the keyring"))
+                   : state(service, Connection::failed,
+                           QT_TRANSLATE_NOOP("Localizable", "Claude credentials could not be removed"));
     }
     const auto codex = locateCodex();
     if (!codex) {
         dependencies.authorizationDefaults->set(codexAuthorizationKey(), false);
-        return state(service, Connection::notInstalled, "Command-line tool not found");
+        return state(service, Connection::notInstalled,
+                     QT_TRANSLATE_NOOP("Localizable", "Command-line tool not found"));
     }
     if (dependencies.codex->logout(codex->executable, codex->environment)) {
-        return state(service, Connection::failed, "ChatGPT sign-out could not be completed");
+        return state(service, Connection::failed,
+                     QT_TRANSLATE_NOOP("Localizable", "ChatGPT sign-out could not be completed"));
     }
     dependencies.authorizationDefaults->set(codexAuthorizationKey(), false);
-    return state(service, Connection::signedOut, "Signed out from ChatGPT");
+    return state(service, Connection::signedOut, QT_TRANSLATE_NOOP("Localizable", "Signed out from ChatGPT"));
 }
 
 void ProviderAuthenticationManager::cancelLogin() {

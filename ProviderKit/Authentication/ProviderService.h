@@ -1,6 +1,7 @@
 #pragma once
 
 #include "UsageDomain/RawValue.h"
+#include "UsageDomain/Translatable.h"
 
 #include <array>
 #include <cstddef>
@@ -31,11 +32,15 @@ struct ServiceFacts {
 
 inline constexpr std::array<ServiceFacts, 2> serviceFacts{{
     {ProviderService::codex, "app.gaugewell.codex.subscription", "A115A6E0-337E-4F26-9809-6B2E75C39D01",
-     "Codex", false, "Opens the official ChatGPT sign-in managed by Codex.",
-     "Signs out the shared ChatGPT session used by Gaugewell and the Codex CLI."},
+     "Codex", false, QT_TRANSLATE_NOOP("Localizable", "Opens the official ChatGPT sign-in managed by Codex."),
+     QT_TRANSLATE_NOOP("Localizable",
+                       "Signs out the shared ChatGPT session used by Gaugewell and the Codex CLI.")},
     {ProviderService::claude, "app.gaugewell.claude.subscription", "A115A6E0-337E-4F26-9809-6B2E75C39D02",
-     "Claude", true, "Opens Claude sign-in in your browser. Inference permission is never requested.",
-     "Revokes this app's Claude tokens and removes them from your keyring."},
+     "Claude", true,
+     QT_TRANSLATE_NOOP("Localizable",
+                       "Opens Claude sign-in in your browser. Inference permission is never requested."),
+     QT_TRANSLATE_NOOP("Localizable",
+                       "Revokes this app's Claude tokens and removes them from your keyring.")},
 }};
 
 constexpr const ServiceFacts& facts(ProviderService service) {
