@@ -70,17 +70,7 @@ void ProviderDashboardCard::setContent(const DashboardCardContent& content) {
     if (content.ring) {
         ring->setValue(content.ring->fraction, content.ring->percent, content.ring->caption);
     }
-    while (rows.size() > content.rows.size()) {
-        delete rows.back();
-        rows.pop_back();
-    }
-    while (rows.size() < content.rows.size()) {
-        rows.push_back(new WindowRow(service_, true, usage));
-        rowsLayout->addWidget(rows.back());
-    }
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        rows[index]->setContent(content.rows[index]);
-    }
+    showWindowRows(rows, content.rows, service_, rowsLayout, usage);
     while (tiles.size() > content.metrics.size()) {
         delete tiles.back();
         tiles.pop_back();

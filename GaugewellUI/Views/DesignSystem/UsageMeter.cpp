@@ -1,5 +1,6 @@
 #include "UsageMeter.h"
 
+#include "Motion.h"
 #include "Palette.h"
 
 #include <QLinearGradient>
@@ -25,16 +26,7 @@ UsageMeter::UsageMeter(ProviderService service, int height, QWidget* parent)
 
 void UsageMeter::setFraction(std::optional<double> fraction) {
     target = fraction;
-    const double end = std::clamp(fraction.value_or(0.0), 0.0, 1.0);
-    animation.stop();
-    if (reduceMotion || !isVisible()) {
-        shown = end;
-        update();
-        return;
-    }
-    animation.setStartValue(shown);
-    animation.setEndValue(end);
-    animation.start();
+    moveShownShare(animation, shown, std::clamp(fraction.value_or(0.0), 0.0, 1.0), reduceMotion, *this);
 }
 
 void UsageMeter::paintEvent(QPaintEvent*) {

@@ -1,6 +1,7 @@
 #include "UsageRing.h"
 
 #include "GaugewellUI/Model/Localizable.h"
+#include "Motion.h"
 #include "Palette.h"
 #include "WindowTexts.h"
 
@@ -31,16 +32,7 @@ void UsageRing::setValue(std::optional<double> newFraction, std::optional<int> n
     percent = newPercent;
     caption = newCaption;
     setAccessibleDescription(WindowTexts::ringAccessibleValue(percent, caption));
-    const double end = std::clamp(fraction.value_or(0.0), 0.0, 1.0);
-    animation.stop();
-    if (reduceMotion || !isVisible()) {
-        shown = end;
-        update();
-        return;
-    }
-    animation.setStartValue(shown);
-    animation.setEndValue(end);
-    animation.start();
+    moveShownShare(animation, shown, std::clamp(fraction.value_or(0.0), 0.0, 1.0), reduceMotion, *this);
 }
 
 void UsageRing::paintEvent(QPaintEvent*) {

@@ -71,17 +71,7 @@ CompactProviderCard::CompactProviderCard(UsageAppModel& model, ProviderService s
 }
 
 void CompactProviderCard::setContent(const ProviderCardContent& content) {
-    while (rows.size() > content.rows.size()) {
-        delete rows.back();
-        rows.pop_back();
-    }
-    while (rows.size() < content.rows.size()) {
-        rows.push_back(new WindowRow(service_, true, this));
-        rowsLayout->addWidget(rows.back());
-    }
-    for (std::size_t index = 0; index < rows.size(); ++index) {
-        rows[index]->setContent(content.rows[index]);
-    }
+    showWindowRows(rows, content.rows, service_, rowsLayout, this);
     columns->setVisible(!content.rows.empty());
     unavailable->setVisible(content.unavailableMessage.has_value());
     unavailableMessage->setText(content.unavailableMessage.value_or(QString()));

@@ -11,6 +11,21 @@
 
 namespace gaugewell {
 
+void showWindowRows(std::vector<WindowRow*>& rows, const std::vector<WindowRowContent>& contents,
+                    ProviderService service, QBoxLayout* layout, QWidget* parent) {
+    while (rows.size() > contents.size()) {
+        delete rows.back();
+        rows.pop_back();
+    }
+    while (rows.size() < contents.size()) {
+        rows.push_back(new WindowRow(service, true, parent));
+        layout->addWidget(rows.back());
+    }
+    for (std::size_t index = 0; index < rows.size(); ++index) {
+        rows[index]->setContent(contents[index]);
+    }
+}
+
 WindowRow::WindowRow(ProviderService service, bool showsReset, QWidget* parent)
     : QWidget(parent)
     , label(makeLabel(QString(), TextStyle::headline, this))
