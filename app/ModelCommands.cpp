@@ -204,8 +204,7 @@ int CommandLine::daemon(const std::vector<std::string>& arguments, std::ostream&
             << std::flush;
     } else {
         err << "gaugewell: the widget feed is off: "
-            << describe(server.lastError().value_or(WidgetLiveServerError::listenFailed))
-            << '\n'
+            << describe(server.lastError().value_or(WidgetLiveServerError::listenFailed)) << '\n'
             << std::flush;
     }
     app.exec();

@@ -11,7 +11,8 @@ idle="${IDLE_SECONDS:-600}"
 trayIcons() { xwininfo -root -tree 2>/dev/null | grep -c '("gaugewell" "gaugewell")'; }
 cpuTicks() { awk '{print $14 + $15}' "/proc/$1/stat"; }
 rssKiB() { awk '/^VmRSS/ {print $2}' "/proc/$1/status"; }
-switches() { cat /proc/"$1"/task/*/status 2>/dev/null | awk '/^voluntary_ctxt_switches/ {s += $2} END {print s}'; }
+# The main thread's: where the timers fire. (Worker threads come and go, and take their counts along.)
+switches() { awk '/^voluntary_ctxt_switches/ {print $2}' "/proc/$1/status"; }
 report() { # label pid ticks0 switches0 seconds
   awk -v label="$1" -v rss="$(rssKiB "$2")" -v ticks=$(($(cpuTicks "$2") - $3)) -v hz="$(getconf CLK_TCK)" \
     -v wakeups=$(($(switches "$2") - $4)) -v seconds="$5" 'BEGIN {

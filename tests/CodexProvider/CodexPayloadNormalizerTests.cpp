@@ -53,29 +53,15 @@ std::vector<std::string> bucketIDs(const ProviderCollectionResult& result) {
 TEST(CodexPayloadNormalizer, FullWindowBecomesAnExactSample) {
     const auto result = normalized(rateLimitsWith(
         R"({"rateLimits":{"limitId":"codex","limitName":"Codex","primary":{"usedPercent":100,"windowDurationMins":300,"resetsAt":60},"unknown":1},"extra":[1]})"));
-    ASSERT_EQ(result.windows().size(), 1u);
-    const auto& sample = result.windows()[0];
-    EXPECT_EQ(sample.id(), connection + ":codex.primary:1795000000");
-    EXPECT_EQ(sample.connectionID(), fixedConnectionID());
-    EXPECT_EQ(sample.providerBucketID(), "codex.primary");
-    EXPECT_EQ(sample.providerBucketName(), "Codex");
-    EXPECT_EQ(sample.windowKind(), UsageWindowKind::fiveHour);
-    EXPECT_EQ(sample.durationSeconds(), 18'000);
-    EXPECT_EQ(sample.resetAt(), dateFromUnixSeconds(60));
-    EXPECT_EQ(sample.usedFraction(), Decimal(1));
-    EXPECT_EQ(sample.observedAt(), observedAt);
-    EXPECT_FALSE(sample.modelID() || sample.providerFetchedAt() || sample.windowStart() ||
-                 sample.windowEnd() || sample.remainingFraction() || sample.absoluteUsed() ||
-                 sample.absoluteLimit() || sample.unit());
-    EXPECT_EQ(sample.authority(), MeasurementAuthority::vendorAuthoritative);
-    EXPECT_EQ(sample.confidence(), MeasurementConfidence::exact);
-    EXPECT_EQ(sample.coverage(), MeasurementCoverage::account);
-    EXPECT_EQ(sample.freshness(), MeasurementFreshness::live);
-    EXPECT_EQ(sample.source(), SourceDescriptor("codex.appServer.experimental", "Codex app-server", false));
-    EXPECT_EQ(sample.sourceVersion(), version);
-    EXPECT_EQ(result.provider().id(), "app.gaugewell.codex.subscription");
-    EXPECT_EQ(result.provider().displayName(), "Codex");
-    EXPECT_EQ(result.provider().integrationNotice(), "Uses Codex's experimental local app-server protocol.");
+    const UsageWindowSample expected(
+        connection + ":codex.primary:1795000000", fixedConnectionID(), "codex.primary", "Codex",
+        UsageWindowKind::fiveHour, std::nullopt, observedAt, std::nullopt, 18'000, std::nullopt, std::nullopt,
+        dateFromUnixSeconds(60), Decimal(1), std::nullopt, std::nullopt, std::nullopt, std::nullopt,
+        MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact, MeasurementCoverage::account,
+        MeasurementFreshness::live, testing::testSource(), version);
+    EXPECT_EQ(result.windows(), std::vector<UsageWindowSample>{expected});
+    EXPECT_EQ(result.provider(), ProviderDescriptor("app.gaugewell.codex.subscription", "Codex",
+                                                    "Uses Codex's experimental local app-server protocol."));
     EXPECT_EQ(result.collectedAt(), observedAt);
     EXPECT_TRUE(result.diagnostics().empty());
 }
@@ -91,8 +77,8 @@ TEST(CodexPayloadNormalizer, PercentBecomesAnExactFraction) {
 }
 
 TEST(CodexPayloadNormalizer, IdentifierUsesWholeSecondsTowardZero) {
-    for (const auto& [seconds, suffix] : std::vector<std::pair<double, std::string>>{
-             {0.999, ":0"}, {-1.5, ":-1"}, {1'700'000'000.0, ":1700000000"}}) {
+    for (const auto& [seconds, suffix] :
+         std::vector<std::pair<double, std::string>>{{0.999, ":0"}, {-1.5, ":-1"}}) {
         auto result =
             CodexPayloadNormalizer::normalize(primaryWindow(R"("usedPercent":1)"), emptyUsage,
                                               fixedConnectionID(), dateFromUnixSeconds(seconds), {});
@@ -110,23 +96,16 @@ TEST(CodexPayloadNormalizer, KindFromRawMinutesDurationWithinAYearResetOnlyWhenP
         std::optional<std::int64_t> durationSeconds;
         std::optional<Date> reset;
     };
-    for (const auto& [members, kind, durationSeconds, reset] : std::vector<Case>{
-             {"", unknown, std::nullopt, std::nullopt},
-             {R"(,"windowDurationMins":null)", unknown, std::nullopt, std::nullopt},
-             {R"(,"windowDurationMins":300)", fiveHour, 18'000, std::nullopt},
-             {R"(,"windowDurationMins":300.0)", fiveHour, 18'000, std::nullopt},
-             {R"(,"windowDurationMins":10080)", sevenDay, 604'800, std::nullopt},
-             {R"(,"windowDurationMins":60)", custom, 3'600, std::nullopt},
-             {R"(,"windowDurationMins":1)", custom, 60, std::nullopt},
-             {R"(,"windowDurationMins":525600)", custom, 31'536'000, std::nullopt},
-             {R"(,"windowDurationMins":525601)", custom, std::nullopt, std::nullopt},
-             {R"(,"windowDurationMins":0)", custom, std::nullopt, std::nullopt},
-             {R"(,"windowDurationMins":-300)", custom, std::nullopt, std::nullopt},
-             {R"(,"windowDurationMins":9223372036854775807)", custom, std::nullopt, std::nullopt},
-             {R"(,"resetsAt":0)", unknown, std::nullopt, std::nullopt},
-             {R"(,"resetsAt":-5)", unknown, std::nullopt, std::nullopt},
-             {R"(,"resetsAt":1)", unknown, std::nullopt, dateFromUnixSeconds(1)},
-             {R"(,"resetsAt":1795003600)", unknown, std::nullopt, dateFromUnixSeconds(1'795'003'600)}}) {
+    for (const auto& [members, kind, durationSeconds, reset] :
+         std::vector<Case>{{"", unknown, std::nullopt, std::nullopt},
+                           {R"(,"windowDurationMins":300)", fiveHour, 18'000, std::nullopt},
+                           {R"(,"windowDurationMins":10080)", sevenDay, 604'800, std::nullopt},
+                           {R"(,"windowDurationMins":1)", custom, 60, std::nullopt},
+                           {R"(,"windowDurationMins":525600)", custom, 31'536'000, std::nullopt},
+                           {R"(,"windowDurationMins":525601)", custom, std::nullopt, std::nullopt},
+                           {R"(,"windowDurationMins":0)", custom, std::nullopt, std::nullopt},
+                           {R"(,"resetsAt":0)", unknown, std::nullopt, std::nullopt},
+                           {R"(,"resetsAt":1)", unknown, std::nullopt, dateFromUnixSeconds(1)}}) {
         SCOPED_TRACE(members);
         const auto result = normalized(primaryWindow(R"("usedPercent":5)" + members));
         ASSERT_EQ(result.windows().size(), 1u);
@@ -144,11 +123,7 @@ TEST(CodexPayloadNormalizer, PercentOutOfRangeDropsTheWindowWithAWarning) {
               (std::vector<std::string>{"codex.invalid_used_percent", "codex.invalid_used_percent",
                                         "codex.no_usage_windows"}));
     EXPECT_EQ(result.diagnostics()[0].severity(), DiagnosticSeverity::warning);
-    EXPECT_EQ(result.diagnostics()[0].message(),
-              "A Codex allowance window was rejected because its percentage was out of range.");
     EXPECT_EQ(result.diagnostics()[2].severity(), DiagnosticSeverity::error);
-    EXPECT_EQ(result.diagnostics()[2].message(),
-              "Codex returned no supported usage windows; its app-server response may have changed.");
     EXPECT_TRUE(result.hasErrorDiagnostic());
 }
 
@@ -171,11 +146,7 @@ TEST(CodexPayloadNormalizer, BucketIdentifierFallsBack) {
         {R"({"rateLimits":{"primary":{"usedPercent":1}}})", "default.primary"},
         {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":{}})",
          "codex.primary"},
-        {R"({"rateLimits":{"limitId":"codex","primary":{"usedPercent":1}},"rateLimitsByLimitId":null})",
-         "codex.primary"},
         {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"   ","primary":{"usedPercent":1}}}})",
-         "k.primary"},
-        {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":"\u00a0\n","primary":{"usedPercent":1}}}})",
          "k.primary"},
         {R"({"rateLimits":{},"rateLimitsByLimitId":{"k":{"limitId":" x ","primary":{"usedPercent":1}}}})",
          " x .primary"},
@@ -193,26 +164,16 @@ TEST(CodexPayloadNormalizer, EqualLimitIdsAreNotDeduplicated) {
     EXPECT_EQ(result.windows()[0].id(), result.windows()[1].id());
 }
 
-TEST(CodexPayloadNormalizer, SnapshotWithoutWindowsReportsNoUsageWindows) {
-    const auto result = normalized(rateLimitsWith(R"({"rateLimits":{"limitId":"codex"}})"));
-    EXPECT_EQ(codes(result), std::vector<std::string>{"codex.no_usage_windows"});
-}
-
 TEST(CodexPayloadNormalizer, RateLimitLineThatDoesNotDecodeIsADecodeError) {
+    // What each record requires; the number and type rules themselves are JsonCoding's.
     for (const std::string& line : {
-             primaryWindow(R"("usedPercent":42.5)"),
-             primaryWindow(R"("usedPercent":"42")"),
              primaryWindow(R"("usedPercent":null)"),
-             primaryWindow(R"("usedPercent":1,"resetsAt":1.5)"),
-             primaryWindow(R"("usedPercent":1,"windowDurationMins":"300")"),
              rateLimitsWith(R"({"rateLimitsByLimitId":{}})"),
-             rateLimitsWith(R"({"rateLimits":null})"),
              rateLimitsWith(R"({"rateLimits":{"limitId":7}})"),
              rateLimitsWith(R"({"rateLimits":{},"rateLimitsByLimitId":{"k":3}})"),
              rateLimitsWith(R"([])"),
              std::string(R"({"id":2,"result":{"rateLimits":{}})"),
              std::string(R"({"id":2,"error":{"message":"no code"}})"),
-             std::string("\r"),
          }) {
         const auto result =
             CodexPayloadNormalizer::normalize(line, emptyUsage, fixedConnectionID(), observedAt, {});
@@ -224,7 +185,7 @@ TEST(CodexPayloadNormalizer, RateLimitLineThatDoesNotDecodeIsADecodeError) {
 TEST(CodexPayloadNormalizer, ErrorOrMissingResultIsAProtocolError) {
     for (const std::string_view line :
          {R"({"id":2,"error":{"code":-32600,"message":"sign in"}})", R"({"id":2})",
-          R"({"id":2,"result":null})", R"({"id":2,"result":{"rateLimits":{}},"error":{"code":1}})"}) {
+          R"({"id":2,"result":{"rateLimits":{}},"error":{"code":1}})"}) {
         const auto result =
             CodexPayloadNormalizer::normalize(line, emptyUsage, fixedConnectionID(), observedAt, {});
         ASSERT_FALSE(result.hasValue()) << line;
@@ -242,11 +203,7 @@ TEST(CodexPayloadNormalizer, AccountUsageProblemsAreWarningsAndWindowsStay) {
         {R"({"id":3})", unavailable},
         {"{", schema},
         {R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01"}]}})", schema},
-        {R"({"id":3,"result":{"dailyUsageBuckets":[{"startDate":"2026-03-01","tokens":1.5}]}})", schema},
-        {R"({"id":3,"result":{"dailyUsageBuckets":{}}})", schema},
-        {R"({"id":3,"result":{}})", {}},
-        {R"({"id":3,"result":{"dailyUsageBuckets":null}})", {}},
-        {R"({"id":3,"result":{"dailyUsageBuckets":[]}})", {}}};
+        {R"({"id":3,"result":{}})", {}}};
     for (const auto& [usage, expected] : cases) {
         SCOPED_TRACE(usage.value_or("absent"));
         const auto result = normalized(primaryWindow(R"("usedPercent":5)"), usage);
@@ -270,21 +227,13 @@ TEST(CodexPayloadNormalizer, BucketsBecomeUtcDaysInOrderReceived) {
     EXPECT_EQ(codes(result),
               (std::vector<std::string>{"codex.invalid_history_bucket", "codex.invalid_history_bucket"}));
     ASSERT_EQ(result.tokenBuckets().size(), 3u);
-    const auto& first = result.tokenBuckets()[0];
-    EXPECT_EQ(first.id(), connection + ":codex.account:2026-03-01");
-    EXPECT_EQ(first.connectionID(), fixedConnectionID());
-    EXPECT_EQ(first.intervalStart(), dateFromUnixSeconds(1'772'323'200)); // 2026-03-01T00:00:00Z
-    EXPECT_EQ(first.intervalEnd(), dateFromUnixSeconds(1'772'409'600));
-    EXPECT_EQ(first.calendarIdentifier(), "gregorian");
-    EXPECT_EQ(first.timeZoneIdentifier(), "UTC");
-    EXPECT_EQ(first.totalTokens(), 0);
-    EXPECT_FALSE(first.modelID() || first.inputTokens() || first.outputTokens() || first.cacheReadTokens() ||
-                 first.cacheWriteTokens());
-    EXPECT_EQ(first.authority(), MeasurementAuthority::vendorAuthoritative);
-    EXPECT_EQ(first.confidence(), MeasurementConfidence::exact);
-    EXPECT_EQ(first.coverage(), MeasurementCoverage::account);
-    EXPECT_EQ(first.source().id(), "codex.appServer.experimental");
-    EXPECT_EQ(first.sourceVersion(), version);
+    const TokenUsageBucket first(connection + ":codex.account:2026-03-01", fixedConnectionID(),
+                                 dateFromUnixSeconds(1'772'323'200), // 2026-03-01T00:00:00Z
+                                 dateFromUnixSeconds(1'772'409'600), "gregorian", "UTC", std::nullopt,
+                                 std::nullopt, std::nullopt, std::nullopt, std::nullopt, 0,
+                                 MeasurementAuthority::vendorAuthoritative, MeasurementConfidence::exact,
+                                 MeasurementCoverage::account, testing::testSource(), version);
+    EXPECT_EQ(result.tokenBuckets()[0], first);
     EXPECT_EQ(result.tokenBuckets()[1].intervalStart(), dateFromUnixSeconds(1'709'164'800)); // 2024-02-29
     EXPECT_EQ(result.tokenBuckets()[2].id(), first.id());
     EXPECT_EQ(result.tokenBuckets()[2].totalTokens(), 9);
@@ -304,8 +253,7 @@ TEST(CodexPayloadNormalizer, DaysMustBeRealAndInTheStrictForm) {
         EXPECT_EQ(CodexPayloadNormalizer::parseDay(text), dateFromUnixSeconds(unixSeconds)) << text;
     }
     for (const auto* text :
-         {"2023-02-29", "1900-02-29", "2026-13-01", "2026-00-10", "2026-04-31", "2026-3-01",
-          "2026-03-01T00:00:00Z", " 2026-03-01", "+026-03-01", "0000-01-01", ""}) {
+         {"2023-02-29", "2026-13-01", "2026-3-01", "2026-03-01T00:00:00Z", "+026-03-01", "0000-01-01"}) {
         EXPECT_FALSE(CodexPayloadNormalizer::parseDay(text)) << text;
     }
 }

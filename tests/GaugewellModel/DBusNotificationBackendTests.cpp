@@ -2,8 +2,8 @@
 #include "GaugewellUI/Model/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
+#include "ProviderKit/Process/ChildProcess.h"
 #include "QtTestSupport.h"
-#include "SpawnedProcess.h"
 #include "ViewStateFixtures.h"
 
 #include <QDBusArgument>
@@ -13,27 +13,17 @@
 #include <QDBusVariant>
 #include <QDeadlineTimer>
 #include <QTemporaryDir>
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace gaugewell {
 namespace {
 
-using ::testing::ElementsAre;
-
 const QString notificationsName = QStringLiteral("org.freedesktop.Notifications");
 
-// One Notify call as the server received it.
-struct ReceivedNotification {
-    QString appName;
-    quint32 replacesID;
-    QString icon;
-    QString title;
-    QString body;
-    QStringList actions;
-    QVariantMap hints;
-    qint32 expireTimeout;
-};
+// The positions of Notify's arguments.
+namespace notify {
+enum Argument { appName, replacesID, icon, title, body, actions, hints, expireTimeout };
+} // namespace notify
 
 bool nameOwned(const QDBusConnection& bus) {
     return bus.interface()->isServiceRegistered(notificationsName).value();
@@ -55,20 +45,20 @@ bool waitForName(bool owned, int timeoutMilliseconds = 10'000) {
 class MockNotificationServer {
 public:
     explicit MockNotificationServer(const QString& capabilities = QString()) {
-        std::vector<std::string> arguments{"/usr/bin/python3",
-                                           "-m",
-                                           "dbusmock",
-                                           "--session",
-                                           "-t",
-                                           "notification_daemon",
-                                           "-l",
-                                           (log.path() + "/notify.log").toStdString()};
+        const auto logFile = (log.path() + "/notify.log").toStdString();
+        std::vector<std::string> arguments{"/usr/bin/python3",    "-m", "dbusmock", "--session", "-t",
+                                           "notification_daemon", "-l", logFile};
         if (!capabilities.isNull()) {
             arguments.insert(arguments.end(),
                              {"-p", "{\"capabilities\": \"" + capabilities.toStdString() + "\"}"});
         }
-        process = testing::SpawnedProcess::start(arguments, {}, testing::SpawnedProcess::Output::discard);
-        running = process != nullptr && waitForName(true);
+        auto started = ChildProcess::spawn(
+            arguments.front(), {arguments.begin() + 1, arguments.end()}, currentProcessEnvironment(),
+            {ChildProcess::Stream::null, ChildProcess::Stream::null, ChildProcess::Stream::null});
+        if (started) {
+            process = std::move(started).value();
+        }
+        running = process.has_value() && waitForName(true);
     }
     ~MockNotificationServer() {
         process.reset(); // kills and reaps the mock
@@ -107,24 +97,9 @@ public:
         return calls;
     }
 
-    std::vector<ReceivedNotification> received() const {
-        std::vector<ReceivedNotification> notifications;
-        for (const auto& values : methodCalls(QStringLiteral("Notify"))) {
-            if (values.size() != 8) {
-                ADD_FAILURE() << "Notify had " << values.size() << " arguments";
-                continue;
-            }
-            notifications.push_back({values[0].toString(), values[1].toUInt(), values[2].toString(),
-                                     values[3].toString(), values[4].toString(), values[5].toStringList(),
-                                     qdbus_cast<QVariantMap>(values[6].value<QDBusArgument>()),
-                                     values[7].toInt()});
-        }
-        return notifications;
-    }
-
 private:
     QTemporaryDir log;
-    std::unique_ptr<testing::SpawnedProcess> process;
+    std::optional<ChildProcess> process;
     bool running = false;
 };
 
@@ -156,56 +131,8 @@ protected:
     std::shared_ptr<InMemoryUserDefaults> defaults = std::make_shared<InMemoryUserDefaults>();
 };
 
-TEST_F(DBusNotificationBackendTest, ThresholdAlertsArriveWithTheirExactTexts) {
+TEST_F(DBusNotificationBackendTest, AlertsArriveAsPlainTextAndARefusedOneDoesNotStopTheBatch) {
     MockNotificationServer server(QStringLiteral("body sound"));
-    ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
-    UsageNotificationController controller(backend, defaults);
-    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
-    ASSERT_EQ(controller.permission(), UsageNotificationPermission::allowed);
-    EXPECT_EQ(server.methodCalls(QStringLiteral("GetCapabilities")).size(), 1u);
-    EXPECT_EQ(backend->serverCapabilities(), QStringList({"body", "sound"}));
-
-    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.7", "0.2"))));
-    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.9", "0.5"))));
-
-    const auto received = server.received();
-    ASSERT_EQ(received.size(), 2u);
-    std::vector<std::pair<QString, QString>> texts;
-    for (const auto& notification : received) {
-        texts.emplace_back(notification.title, notification.body);
-        EXPECT_EQ(notification.appName, QStringLiteral("Gaugewell"));
-        EXPECT_EQ(notification.replacesID, 0u);
-        EXPECT_TRUE(notification.actions.isEmpty());
-        EXPECT_EQ(notification.hints.value(QStringLiteral("sound-name")).toString(),
-                  QStringLiteral("message-new-instant"));
-        EXPECT_EQ(notification.expireTimeout, -1);
-    }
-    // Without "body-markup" the body goes out as plain text, ampersand and all.
-    EXPECT_THAT(texts, ElementsAre(std::pair<QString, QString>("Codex reached 90%", "Session has 90% used."),
-                                   std::pair<QString, QString>("Claude reached 50%",
-                                                               "Opus & <Sonnet> has 50% used.")));
-}
-
-TEST_F(DBusNotificationBackendTest, MarkupIsEscapedAndOurIdentifierIsKeptApartFromTheServersID) {
-    MockNotificationServer server; // the mock's default capabilities include body-markup
-    ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
-    EXPECT_EQ(resultOf(backend->authorization()), NotificationAuthorization::notDetermined);
-    EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::authorized);
-    EXPECT_EQ(
-        resultOf(backend->post({"usage.first", "Claude limit reset", "Opus & <Sonnet> is available again."})),
-        std::nullopt);
-    EXPECT_EQ(resultOf(backend->post({"usage.second", "t", "b"})), std::nullopt);
-    const auto received = server.received();
-    ASSERT_EQ(received.size(), 2u);
-    EXPECT_EQ(received[0].title, QStringLiteral("Claude limit reset"));
-    EXPECT_EQ(received[0].body, QStringLiteral("Opus &amp; &lt;Sonnet&gt; is available again."));
-    EXPECT_EQ(backend->serverNotificationID("usage.first"), 1u);
-    EXPECT_EQ(backend->serverNotificationID("usage.second"), 2u);
-    EXPECT_EQ(backend->serverNotificationID("usage.unknown"), std::nullopt);
-}
-
-TEST_F(DBusNotificationBackendTest, RefusedNotifyDoesNotStopTheBatch) {
-    MockNotificationServer server(QStringLiteral("body"));
     ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
     const auto replaced = server.mockCall(
         QStringLiteral("AddMethod"),
@@ -216,41 +143,79 @@ TEST_F(DBusNotificationBackendTest, RefusedNotifyDoesNotStopTheBatch) {
     ASSERT_EQ(replaced.type(), QDBusMessage::ReplyMessage) << replaced.errorMessage().toStdString();
 
     UsageNotificationController controller(backend, defaults);
-    ASSERT_TRUE(testing::waitForFuture(controller.requestPermission()));
-    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.7", "0.7"))));
-    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.8", "0.8"))));
-    const auto received = server.received();
+    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
+    ASSERT_EQ(controller.permission(), UsageNotificationPermission::allowed);
+    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.7", "0.2"))));
+    ASSERT_TRUE(testing::waitForFuture(controller.process(providers("0.9", "0.5"))));
+    EXPECT_EQ(server.methodCalls(QStringLiteral("GetCapabilities")).size(), 1u);
+    EXPECT_EQ(backend->serverCapabilities(), QStringList({"body", "sound"}));
+
+    const auto received = server.methodCalls(QStringLiteral("Notify"));
     ASSERT_EQ(received.size(), 2u); // both were tried; the first was refused
-    EXPECT_EQ(received[0].title, QStringLiteral("Codex reached 75%"));
-    EXPECT_EQ(received[1].title, QStringLiteral("Claude reached 75%"));
+    EXPECT_EQ(received[0].value(notify::title).toString(), QStringLiteral("Codex reached 90%"));
+    const auto& claude = received[1];
+    EXPECT_EQ(claude.value(notify::appName).toString(), QStringLiteral("Gaugewell"));
+    EXPECT_EQ(claude.value(notify::replacesID).toUInt(), 0u);
+    EXPECT_TRUE(claude.value(notify::actions).toStringList().isEmpty());
+    EXPECT_EQ(qdbus_cast<QVariantMap>(claude.value(notify::hints).value<QDBusArgument>())
+                  .value(QStringLiteral("sound-name"))
+                  .toString(),
+              QStringLiteral("message-new-instant"));
+    EXPECT_EQ(claude.value(notify::expireTimeout).toInt(), -1);
+    // Without "body-markup" the body goes out as plain text, ampersand and all.
+    EXPECT_EQ(claude.value(notify::title).toString(), QStringLiteral("Claude reached 50%"));
+    EXPECT_EQ(claude.value(notify::body).toString(), QStringLiteral("Opus & <Sonnet> has 50% used."));
 
     EXPECT_EQ(resultOf(backend->post({"usage.x", "Codex again", "b"})), NotificationPostError::rejected);
 }
 
-TEST_F(DBusNotificationBackendTest, WithoutAServerAllIsUnavailableUntilOneArrives) {
-    EXPECT_EQ(resultOf(backend->authorization()), NotificationAuthorization::unavailable);
-    EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::unavailable);
-    EXPECT_EQ(resultOf(backend->post({"usage.A", "t", "b"})), NotificationPostError::unavailable);
-
-    UsageNotificationController controller(backend, defaults);
-    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
-    EXPECT_EQ(controller.permission(), UsageNotificationPermission::unavailable);
-    EXPECT_TRUE(testing::waitForFuture(controller.process(providers("0.1", "0.1"))));
-    EXPECT_TRUE(testing::waitForFuture(controller.process(providers("0.9", "0.9"))));
-
-    MockNotificationServer server;
-    ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
-    ASSERT_TRUE(testing::waitForFuture(controller.refreshPermission()));
-    EXPECT_EQ(controller.permission(), UsageNotificationPermission::allowed);
-}
-
-TEST_F(DBusNotificationBackendTest, NoBusAtAllIsUnavailable) {
+TEST_F(DBusNotificationBackendTest, UnavailableWithoutABusOrAServerThenMarkupIsEscapedOnceOneArrives) {
     const auto bus = QDBusConnection::connectToBus(QStringLiteral("unix:path=/nonexistent/gaugewell-bus"),
                                                    QStringLiteral("gaugewell-no-bus"));
     DBusNotificationBackend offline(bus);
-    EXPECT_EQ(resultOf(offline.authorization()), NotificationAuthorization::unavailable);
-    EXPECT_EQ(resultOf(offline.post({"usage.A", "t", "b"})), NotificationPostError::unavailable);
+    for (auto* each : {backend.get(), &offline}) {
+        EXPECT_EQ(resultOf(each->authorization()), NotificationAuthorization::unavailable);
+        EXPECT_EQ(resultOf(each->requestAuthorization()), NotificationAuthorization::unavailable);
+        EXPECT_EQ(resultOf(each->post({"usage.A", "t", "b"})), NotificationPostError::unavailable);
+    }
     QDBusConnection::disconnectFromBus(QStringLiteral("gaugewell-no-bus"));
+
+    MockNotificationServer server; // the mock's default capabilities include body-markup
+    ASSERT_TRUE(server.isRunning()) << "python3-dbusmock did not start";
+    EXPECT_EQ(resultOf(backend->authorization()), NotificationAuthorization::notDetermined);
+    EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::authorized);
+    EXPECT_EQ(
+        resultOf(backend->post({"usage.first", "Claude limit reset", "Opus & <Sonnet> is available again."})),
+        std::nullopt);
+    EXPECT_EQ(resultOf(backend->post({"usage.second", "t", "b"})), std::nullopt);
+    const auto received = server.methodCalls(QStringLiteral("Notify"));
+    ASSERT_EQ(received.size(), 2u);
+    EXPECT_EQ(received[0].value(notify::title).toString(), QStringLiteral("Claude limit reset"));
+    EXPECT_EQ(received[0].value(notify::body).toString(),
+              QStringLiteral("Opus &amp; &lt;Sonnet&gt; is available again."));
+    // Our identifier is kept apart from the server's.
+    EXPECT_EQ(backend->serverNotificationID("usage.first"), 1u);
+    EXPECT_EQ(backend->serverNotificationID("usage.second"), 2u);
+    EXPECT_EQ(backend->serverNotificationID("usage.unknown"), std::nullopt);
+}
+
+// What a server can show is asked again when another takes its name: markup only where it is understood.
+TEST_F(DBusNotificationBackendTest, AReplacedServerIsAskedForItsCapabilitiesAgain) {
+    const auto bodyOfOnlyNotify = [](const MockNotificationServer& server) {
+        const auto calls = server.methodCalls(QStringLiteral("Notify"));
+        return calls.size() == 1 ? calls[0].value(notify::body).toString() : QString();
+    };
+    {
+        MockNotificationServer plain(QStringLiteral("body"));
+        ASSERT_TRUE(plain.isRunning()) << "python3-dbusmock did not start";
+        EXPECT_EQ(resultOf(backend->requestAuthorization()), NotificationAuthorization::authorized);
+        EXPECT_EQ(resultOf(backend->post({"usage.a", "t", "a & b"})), std::nullopt);
+        EXPECT_EQ(bodyOfOnlyNotify(plain), QStringLiteral("a & b"));
+    }
+    MockNotificationServer marked;
+    ASSERT_TRUE(marked.isRunning()) << "python3-dbusmock did not start";
+    EXPECT_EQ(resultOf(backend->post({"usage.b", "t", "a & b"})), std::nullopt);
+    EXPECT_EQ(bodyOfOnlyNotify(marked), QStringLiteral("a &amp; b"));
 }
 
 } // namespace

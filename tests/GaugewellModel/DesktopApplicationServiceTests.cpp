@@ -19,13 +19,10 @@ TEST(ApplicationRequest, AcceptsKnownActionsAndOnlySettingsTakesAPage) {
         std::optional<ApplicationRequest> expected;
     } cases[] = {
         {"popup", std::nullopt, ApplicationRequest{A::popup, std::nullopt}},
-        {"quit", std::nullopt, ApplicationRequest{A::quit, std::nullopt}},
-        {"settings", std::nullopt, ApplicationRequest{A::settings, std::nullopt}},
         {"settings", "menuBar", ApplicationRequest{A::settings, D::menuBar}},
         {"settings", "MenuBar", std::nullopt},
         {"dashboard", "general", std::nullopt},
         {"Popup", std::nullopt, std::nullopt},
-        {"", std::nullopt, std::nullopt},
     };
     for (const auto& example : cases) {
         EXPECT_EQ(ApplicationRequest::parse(example.action, example.parameter), example.expected)

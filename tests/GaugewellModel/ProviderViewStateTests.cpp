@@ -1,5 +1,4 @@
-#include "GaugewellUI/Model/ProviderViewState.h"
-#include "RecordFixtures.h"
+#include "ViewStateFixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -16,19 +15,13 @@ UsageWindowSample window(std::string id, std::string bucket, UsageWindowKind kin
 }
 
 TEST(ProviderViewState, CurrentWindowsKeepTheLatestPerBucketInKindThenBucketOrder) {
-    const ProviderViewState state{
-        ProviderService::codex,
-        ProviderDescriptor("app.gaugewell.codex.subscription", "Codex", std::nullopt),
-        ProviderAvailability::availableWithLimitations,
-        {},
-        {window("old-weekly", "weekly", UsageWindowKind::sevenDay, 10),
-         window("model-b", "b-model", UsageWindowKind::modelSpecific, 10),
-         window("tie-first", "primary", UsageWindowKind::fiveHour, 20),
-         window("new-weekly", "weekly", UsageWindowKind::sevenDay, 30),
-         window("tie-second", "primary", UsageWindowKind::fiveHour, 20),
-         window("model-a", "a-model", UsageWindowKind::modelSpecific, 5)},
-        {},
-        {}};
+    const auto state = testing::viewState(ProviderService::codex,
+                                          {window("old-weekly", "weekly", UsageWindowKind::sevenDay, 10),
+                                           window("model-b", "b-model", UsageWindowKind::modelSpecific, 10),
+                                           window("tie-first", "primary", UsageWindowKind::fiveHour, 20),
+                                           window("new-weekly", "weekly", UsageWindowKind::sevenDay, 30),
+                                           window("tie-second", "primary", UsageWindowKind::fiveHour, 20),
+                                           window("model-a", "a-model", UsageWindowKind::modelSpecific, 5)});
     std::vector<std::string> ids;
     for (const auto& current : state.currentWindows()) {
         ids.push_back(current.id());

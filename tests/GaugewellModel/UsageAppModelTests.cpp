@@ -1,12 +1,12 @@
 #include "GaugewellUI/Model/UsageAppModel.h"
 #include "ManualClock.h"
+#include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "QtTestSupport.h"
 #include "RecordFixtures.h"
 
 #include <QTest>
 #include <atomic>
-#include <condition_variable>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <mutex>
@@ -16,41 +16,6 @@ namespace {
 
 using testing::ManualClock;
 using Connection = ProviderConnectionStatus;
-
-class FakeAuthentication : public ProviderAuthenticating {
-public:
-    std::mutex mutex;
-    std::map<ProviderService, ProviderConnectionState> states{
-        {ProviderService::codex, {ProviderService::codex, Connection::signedIn, "ChatGPT account"}},
-        {ProviderService::claude,
-         {ProviderService::claude, Connection::signedOut, "Claude sign-in required"}}};
-    std::map<ProviderService, int> logins;
-    bool holdLogins = false;
-    std::condition_variable released;
-
-    ProviderConnectionState status(ProviderService service) override {
-        const std::lock_guard lock(mutex);
-        return states.at(service);
-    }
-    ProviderConnectionState login(ProviderService service) override {
-        std::unique_lock lock(mutex);
-        ++logins[service];
-        released.wait_for(lock, std::chrono::seconds(10), [&] { return !holdLogins; });
-        states[service] = {service, Connection::signedIn, "signed in"};
-        return states[service];
-    }
-    ProviderConnectionState disconnect(ProviderService service) override {
-        const std::lock_guard lock(mutex);
-        states[service] = {service, Connection::signedOut, "Signed out"};
-        return states[service];
-    }
-    void cancelLogin() override {}
-    void release() {
-        const std::lock_guard lock(mutex);
-        holdLogins = false;
-        released.notify_all();
-    }
-};
 
 class ScriptedCollector : public GaugewellProvider {
 public:
@@ -90,6 +55,7 @@ protected:
     void SetUp() override {
         testing::coreApplication();
         ::setenv("LANG", "en_US.UTF-8", 1);
+        authentication->set(ProviderService::claude, Connection::signedOut, "Claude sign-in required");
     }
 
     UsageAppModel& model() {
@@ -109,7 +75,8 @@ protected:
         throw std::runtime_error("no view state for the service");
     }
 
-    std::shared_ptr<FakeAuthentication> authentication = std::make_shared<FakeAuthentication>();
+    std::shared_ptr<testing::SettableAuthentication> authentication =
+        std::make_shared<testing::SettableAuthentication>();
     std::shared_ptr<ScriptedCollector> codex =
         std::make_shared<ScriptedCollector>("app.gaugewell.codex.subscription", "Codex");
     std::shared_ptr<ScriptedCollector> claude =

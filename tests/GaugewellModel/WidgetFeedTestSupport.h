@@ -12,9 +12,7 @@
 #include <arpa/inet.h>
 #include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdint>
-#include <functional>
 #include <netinet/in.h>
 #include <optional>
 #include <poll.h>
@@ -28,35 +26,11 @@ namespace gaugewell::testing {
 
 using namespace std::chrono_literals;
 
-inline void ensureCoreApplication() {
-    coreApplication();
-    std::signal(SIGPIPE, SIG_IGN);
-}
-
 // A port that was free a moment ago.
 inline std::uint16_t unusedLoopbackPort() {
     QTcpServer probe;
     probe.listen(QHostAddress::LocalHost, 0);
     return probe.serverPort();
-}
-
-// Runs the main loop until `done` holds or the limit passes, looking every 5 ms. A real loop rather
-// than processEvents(), which leaves deleteLater() undone.
-inline bool spinUntil(const std::function<bool()>& done, std::chrono::milliseconds limit = 10s) {
-    if (done()) {
-        return true;
-    }
-    QEventLoop loop;
-    QTimer look;
-    QObject::connect(&look, &QTimer::timeout, &loop, [&] {
-        if (done()) {
-            loop.quit();
-        }
-    });
-    look.start(5);
-    QTimer::singleShot(limit, &loop, &QEventLoop::quit);
-    loop.exec();
-    return done();
 }
 
 // Runs `work` on a thread of its own while the main loop serves. `work` must end by itself within

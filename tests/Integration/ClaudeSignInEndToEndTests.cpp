@@ -6,7 +6,7 @@
 #include "Platform/SecretStore.h"
 #include "ProviderKit/ClaudeSignIn/ClaudeOAuthSession.h"
 #include "ProviderKit/Http/CurlHttpClient.h"
-#include "SpawnedProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 #include "UsageDomain/Uuid.h"
 
 #include <cstdlib>
@@ -27,16 +27,16 @@ const Uuid claudeConnection = *Uuid::parse("A115A6E0-337E-4F26-9809-6B2E75C39D02
 // The files below the test's home and XDG folders that contain `needle`, one per line, leaving out the
 // keyring's own folder (whose files are encrypted anyway).
 std::string filesContaining(const std::string& needle) {
-    std::vector<std::string> arguments{"/bin/grep", "-rlsF", "-D", "skip", "--exclude-dir=keyrings",
-                                       "--",        needle};
+    std::vector<std::string> arguments{"-rlsF", "-D", "skip", "--exclude-dir=keyrings", "--", needle};
     for (const char* variable :
          {"HOME", "XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"}) {
         if (const char* value = std::getenv(variable)) {
             arguments.emplace_back(value);
         }
     }
-    const auto grep = testing::SpawnedProcess::start(arguments, {}, testing::SpawnedProcess::Output::capture);
-    return grep ? grep->waitForExit(60s).output : "<grep did not start>";
+    const auto grep =
+        PosixCommandRunner().run("/bin/grep", arguments, currentProcessEnvironment(), 60s, 1 << 16);
+    return grep ? grep->standardOutput + grep->standardError : "<grep did not run>";
 }
 
 class ClaudeSignInEndToEnd : public ::testing::Test {

@@ -1,5 +1,5 @@
 #include "Platform/SecretStore.h"
-#include "SpawnedProcess.h"
+#include "ProviderKit/Process/PosixCommandRunner.h"
 #include "TemporaryDirectory.h"
 #include "UsageDomain/Uuid.h"
 
@@ -131,23 +131,20 @@ GLib.MainLoop().run()
                 ? "/usr/bin/python3 \"$GAUGEWELL_SILENT_SERVICE\" & "
                   "gdbus wait --session --timeout 20 org.freedesktop.secrets || exit 3; exec \"$1\""
                 : "exec \"$1\"";
-        auto process = testing::SpawnedProcess::start(
-            {"/usr/bin/dbus-run-session", "--config-file=" + (folder / "bus.conf").string(), "--", "/bin/sh",
-             "-c", script, "probe", self},
-            {{"GAUGEWELL_SECRET_STORE_PROBE", mode},
-             {"GAUGEWELL_SECRET_STORE_DEADLINE_MS", std::to_string(deadlineMilliseconds)},
-             {"GAUGEWELL_SILENT_SERVICE", (folder / "silent-secret-service.py").string()},
-             {"DBUS_SESSION_BUS_ADDRESS", std::nullopt}},
-            testing::SpawnedProcess::Output::capture);
-        if (!process) {
-            ADD_FAILURE() << "cannot start dbus-run-session";
-            return {};
-        }
-        const auto outcome = process->waitForExit(60s);
+        auto environment = currentProcessEnvironment();
+        environment.erase("DBUS_SESSION_BUS_ADDRESS");
+        environment["GAUGEWELL_SECRET_STORE_PROBE"] = mode;
+        environment["GAUGEWELL_SECRET_STORE_DEADLINE_MS"] = std::to_string(deadlineMilliseconds);
+        environment["GAUGEWELL_SILENT_SERVICE"] = (folder / "silent-secret-service.py").string();
+        const auto outcome = PosixCommandRunner().run(
+            "/usr/bin/dbus-run-session",
+            {"--config-file=" + (folder / "bus.conf").string(), "--", "/bin/sh", "-c", script, "probe", self},
+            environment, 60s, 1 << 16);
         std::smatch match;
         static const std::regex line(R"(probe error=(-?\d+) elapsed_ms=(\d+))");
-        if (outcome.timedOut || !std::regex_search(outcome.output, match, line)) {
-            ADD_FAILURE() << "the probe did not report (timed out: " << outcome.timedOut << ")";
+        const std::string output = outcome ? outcome->standardOutput + outcome->standardError : "";
+        if (!std::regex_search(output, match, line)) {
+            ADD_FAILURE() << "the probe did not report";
             return {};
         }
         return {std::stoi(match[1].str()), std::stoll(match[2].str())};

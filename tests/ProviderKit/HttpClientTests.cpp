@@ -28,39 +28,18 @@ protected:
     CurlHttpClient client;
 };
 
-TEST_F(CurlHttpClientTest, SendsMethodHeadersAndBodyExactlyAndReturnsStatusAndBody) {
-    server.route("/token", HttpAnswer{201, R"({"ok":true})"});
-    auto post = request("/token?x=1");
+// Headers, small bodies and what comes back are shown by the sign-in's and usage provider's tests.
+TEST_F(CurlHttpClientTest, LargeBodyGoesWholeWithoutExpect) {
+    auto post = request("/token");
     post.method = "POST";
-    post.headers = {{"Content-Type", "application/json"}, {"anthropic-beta", "oauth-2025-04-20"}};
     post.body = std::string(5000, 'x'); // large enough that curl would otherwise ask for 100-continue
     const auto response = client.send(post);
     ASSERT_TRUE(response) << describe(response.error());
-    EXPECT_EQ(response->status, 201);
-    EXPECT_EQ(response->body, R"({"ok":true})");
     const auto recorded = server.requests("/token");
     ASSERT_EQ(recorded.size(), 1u);
     EXPECT_EQ(recorded[0].method, "POST");
-    EXPECT_EQ(recorded[0].target, "/token?x=1");
-    EXPECT_EQ(recorded[0].get_header_value("content-type"), "application/json");
-    EXPECT_EQ(recorded[0].get_header_value("anthropic-beta"), "oauth-2025-04-20");
     EXPECT_EQ(recorded[0].body, post.body);
     EXPECT_FALSE(recorded[0].has_header("Expect"));
-}
-
-TEST_F(CurlHttpClientTest, RedirectsAndCookiesAreNotFollowed) {
-    server.route(
-        "/moved",
-        HttpAnswer{
-            302, {}, {}, {{"Location", server.baseURL() + "/target"}, {"Set-Cookie", "s=abc; Path=/"}}});
-    const auto first = client.send(request("/moved"));
-    ASSERT_TRUE(first);
-    EXPECT_EQ(first->status, 302);
-    ASSERT_TRUE(client.send(request("/moved")));
-    EXPECT_TRUE(server.requests("/target").empty());
-    for (const auto& recorded : server.requests("/moved")) {
-        EXPECT_FALSE(recorded.has_header("Cookie"));
-    }
 }
 
 TEST_F(CurlHttpClientTest, BodiesOverTheCapAreRefused) {
@@ -93,25 +72,13 @@ TEST_F(CurlHttpClientTest, RequestsThatWouldBeUnsafeAreRefusedBeforeSending) {
     EXPECT_TRUE(server.requests().empty());
 }
 
+// An answer that is not HTTP is shown by ClaudeUsageProviderTests.
 TEST(CurlHttpClient, PeersThatDoNotAnswerProperlyFailWithinTheTimeOut) {
-    RawSocketServer notHttp("SSH-2.0-OpenSSH_9.2\r\nnot http at all\r\n");
-    RawSocketServer hangsUp("");
-    RawSocketServer silent{RawSocketServer::Silent()};
-    std::string refusedURL;
-    {
-        RawSocketServer gone("");
-        refusedURL = gone.baseURL();
-    }
-    const struct {
-        std::string url;
-        HttpClientError expected;
-    } cases[] = {
-        {silent.baseURL(), HttpClientError::timedOut},
-        {notHttp.baseURL(), HttpClientError::invalidResponse},
-        {hangsUp.baseURL(), HttpClientError::transportFailed},
-        {refusedURL, HttpClientError::transportFailed},
-    };
-    for (const auto& [url, expected] : cases) {
+    const RawSocketServer hangsUp("");
+    const RawSocketServer silent{RawSocketServer::Silent()};
+    for (const auto& [url, expected] : std::vector<std::pair<std::string, HttpClientError>>{
+             {silent.baseURL(), HttpClientError::timedOut},
+             {hangsUp.baseURL(), HttpClientError::transportFailed}}) {
         const auto started = std::chrono::steady_clock::now();
         const auto response = CurlHttpClient().send(requestFor(url + "/x", 300ms));
         EXPECT_LT(std::chrono::steady_clock::now() - started, 5s) << url;
@@ -121,11 +88,13 @@ TEST(CurlHttpClient, PeersThatDoNotAnswerProperlyFailWithinTheTimeOut) {
 }
 
 // Remote hosts are https only, so a proxy sees nothing but a CONNECT: users who need one keep it.
-// Loopback traffic never goes through it (the sign-in's own test shows that).
-TEST(CurlHttpClient, RemoteHostsGoThroughTheEnvironmentsProxy) {
+// Loopback traffic is plain http and carries the sign-in's code and tokens: no proxy may see it.
+TEST_F(CurlHttpClientTest, OnlyRemoteHostsGoThroughTheEnvironmentsProxy) {
     testing::EnvironmentProxy proxy;
+    EXPECT_TRUE(client.send(request("/x")));
+    EXPECT_EQ(proxy.connectionCount(), 0);
     // 0.0.0.0 is not a loopback host to the client, yet the kernel would connect it to this machine.
-    EXPECT_FALSE(CurlHttpClient().send(requestFor("https://0.0.0.0:1/api", 5s)));
+    EXPECT_FALSE(client.send(requestFor("https://0.0.0.0:1/api", 5s)));
     EXPECT_EQ(proxy.connectionCount(), 1);
 }
 

@@ -2,7 +2,6 @@
 #include "ProviderKit/ClaudeSignIn/OAuthLoopbackServer.h"
 
 #include <arpa/inet.h>
-#include <csignal>
 #include <dirent.h>
 #include <fcntl.h>
 #include <future>
@@ -72,12 +71,7 @@ std::set<int> openDescriptors() {
     return descriptors;
 }
 
-class OAuthLoopbackServerTest : public ::testing::Test {
-protected:
-    static void SetUpTestSuite() { std::signal(SIGPIPE, SIG_IGN); }
-};
-
-TEST_F(OAuthLoopbackServerTest, ReturnsCodeAndStateRedirectsTheBrowserAndClosesTheListener) {
+TEST(OAuthLoopbackServer, ReturnsCodeAndStateRedirectsTheBrowserAndRefusesASecondWait) {
     auto server = openServer();
     auto browser =
         browse(server->port(), {"GET /callback?code=a&state=b HTTP/1.1\r\nHost: localhost\r\n\r\n"});
@@ -86,12 +80,10 @@ TEST_F(OAuthLoopbackServerTest, ReturnsCodeAndStateRedirectsTheBrowserAndClosesT
     EXPECT_EQ(*callback, (OAuthCallback{"a", "b"}));
     EXPECT_EQ(browser.get(), "HTTP/1.1 302 Found\r\nLocation: " + successPage +
                                  "\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
-    EXPECT_FALSE(connectTo("127.0.0.1", server->port()));
-    // A second wait is refused rather than blocking.
     EXPECT_EQ(server->waitForCallback(1s).error(), ClaudeOAuthError::callbackFailed);
 }
 
-TEST_F(OAuthLoopbackServerTest, ListensOnlyOn127001WithCloseOnExecDescriptors) {
+TEST(OAuthLoopbackServer, ListensOnlyOn127001WithCloseOnExecDescriptors) {
     const auto before = openDescriptors();
     auto server = openServer();
     int checked = 0;
@@ -102,52 +94,36 @@ TEST_F(OAuthLoopbackServerTest, ListensOnlyOn127001WithCloseOnExecDescriptors) {
         }
     }
     EXPECT_GE(checked, 2); // the listener and the cancel pipe
-
+    // Bound to 127.0.0.1 itself: a wildcard address would take this one too.
     EXPECT_FALSE(connectTo("127.0.0.2", server->port()));
-    const FileDescriptor v6(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
-    sockaddr_in6 target{};
-    target.sin6_family = AF_INET6;
-    target.sin6_port = htons(server->port());
-    target.sin6_addr = in6addr_loopback;
-    EXPECT_NE(::connect(v6.get(), reinterpret_cast<sockaddr*>(&target), sizeof target), 0);
 }
 
-// Neither no connection nor a connection that never sends holds the wait past its time-out.
-TEST_F(OAuthLoopbackServerTest, WaitWithoutARequestFailsAtItsTimeOut) {
+// The accept and the one read share the time-out: a connection that never sends cannot hold the wait.
+TEST(OAuthLoopbackServer, SilentConnectionFailsAtTheTimeOut) {
     auto server = openServer();
-    const auto started = std::chrono::steady_clock::now();
-    EXPECT_EQ(server->waitForCallback(200ms).error(), ClaudeOAuthError::callbackFailed);
-    EXPECT_GE(std::chrono::steady_clock::now() - started, 190ms);
-
-    server = openServer();
     const auto silent = connectTo("127.0.0.1", server->port());
     ASSERT_TRUE(silent);
+    const auto started = std::chrono::steady_clock::now();
     EXPECT_EQ(server->waitForCallback(300ms).error(), ClaudeOAuthError::callbackFailed);
+    EXPECT_GE(std::chrono::steady_clock::now() - started, 290ms);
 }
 
-TEST_F(OAuthLoopbackServerTest, CancelEndsARunningOrLaterWait) {
+// Cancelling a running wait is shown by the session's cancelled sign-in.
+TEST(OAuthLoopbackServer, CancelBeforeTheWaitEndsItAtOnce) {
     auto server = openServer();
-    auto waiting = std::async(std::launch::async, [&] { return server->waitForCallback(60s); });
-    server->cancel();
-    ASSERT_EQ(waiting.wait_for(10s), std::future_status::ready);
-    EXPECT_EQ(waiting.get().error(), ClaudeOAuthError::callbackFailed);
-    EXPECT_FALSE(connectTo("127.0.0.1", server->port()));
-
-    server = openServer();
     server->cancel();
     EXPECT_EQ(server->waitForCallback(60s).error(), ClaudeOAuthError::callbackFailed);
 }
 
 // What only the socket shows: each of these fails with `invalidCallback`, the browser gets no answer at
 // all, and the listener is closed afterwards.
-TEST_F(OAuthLoopbackServerTest, BadRequestsGetNoAnswer) {
+TEST(OAuthLoopbackServer, BadRequestsGetNoAnswer) {
     const struct {
         const char* name;
         std::optional<std::string> first;
         std::string later;
     } cases[] = {
         {"closed without sending", std::nullopt, ""},
-        {"wrong path", "GET /favicon.ico HTTP/1.1\r\n\r\n", ""},
         {"state beyond the one read of 16 KiB",
          "GET /callback?code=a&pad=" + std::string(20 * 1024, 'A') + "&state=b HTTP/1.1\r\n\r\n", ""},
         {"split request judged by its first piece", "GET /callb", "ack?code=a&state=b HTTP/1.1\r\n\r\n"},
@@ -166,32 +142,21 @@ TEST(OAuthLoopbackServer, CallbackFollowsUrlComponentRules) {
         std::string request;
         std::optional<OAuthCallback> expected;
     } cases[] = {
-        {"GET /callback?code=a&state=b HTTP/1.1\r\n", OAuthCallback{"a", "b"}},
         // The method is not checked; empty pieces before the request line are dropped.
         {"POST /callback?state=s&code=c HTTP/1.1", OAuthCallback{"c", "s"}},
         {"\r\n\r\nGET  /callback?code=a&state=b  HTTP/1.1\r\n", OAuthCallback{"a", "b"}},
         // Values are percent-decoded; "+" stays a plus; the first item of a name wins.
         {"GET /callback?code=a%2Fb%20c+d&state=x%3Dy&code=second HTTP/1.1", OAuthCallback{"a/b c+d", "x=y"}},
-        {"GET /callback?code=&state= HTTP/1.1", OAuthCallback{"", ""}},
         {"GET /%63allback?code=a&state=b HTTP/1.1", OAuthCallback{"a", "b"}},
         {"GET /callback?code=a&state=b#fragment HTTP/1.1", OAuthCallback{"a", "b"}},
         {"GET /callback?code=a HTTP/1.1", std::nullopt},
-        {"GET /callback?state=b HTTP/1.1", std::nullopt},
         {"GET /callback?code&state=b HTTP/1.1", std::nullopt},
-        {"GET /callback?code=a&code=b HTTP/1.1", std::nullopt},
         {"GET /callback HTTP/1.1", std::nullopt},
-        {"GET /callback/?code=a&state=b HTTP/1.1", std::nullopt},
-        {"GET /Callback?code=a&state=b HTTP/1.1", std::nullopt},
-        {"GET //callback?code=a&state=b HTTP/1.1", std::nullopt},
         {"GET http://evil/callback?code=a&state=b HTTP/1.1", std::nullopt},
         {"GET /callback?code=%zz&state=b HTTP/1.1", std::nullopt},
         {"GET /callback?code=a&state=b%2 HTTP/1.1", std::nullopt},
         {"GET /callback?code=%ff&state=b HTTP/1.1", std::nullopt}, // not UTF-8 once decoded
-        {"GET /callback?code=\xc3\xa9&state=b HTTP/1.1", std::nullopt},
-        {"GET /callback?code=a|&state=b HTTP/1.1", std::nullopt},
         {std::string("GET /callback?code=a") + '\0' + "&state=b HTTP/1.1", std::nullopt},
-        {"GET\r\n\r\n", std::nullopt},
-        {"", std::nullopt},
         {std::string("\x16\x03\x01\x00\xa5\x01\x00\x00\xa1\x03\x03", 11), std::nullopt}, // a TLS hello
     };
     for (const auto& [request, expected] : cases) {

@@ -1,3 +1,4 @@
+#include "FakeCodex.h"
 #include "ProviderKit/Process/ChildProcess.h"
 #include "ProviderKit/Process/PosixCommandRunner.h"
 #include "TemporaryDirectory.h"
@@ -19,31 +20,6 @@ using std::chrono::steady_clock;
 using testing::TemporaryDirectory;
 
 const Environment shellEnvironment{{"PATH", "/usr/bin:/bin"}};
-
-// Children of ours as "pid state" pairs, from every /proc/<pid>/stat whose parent is us.
-std::vector<std::string> childrenOfOurs() {
-    std::vector<std::string> children;
-    for (const auto& entry : fs::directory_iterator("/proc")) {
-        const auto name = entry.path().filename().string();
-        if (name.find_first_not_of("0123456789") != std::string::npos) {
-            continue;
-        }
-        std::ifstream stat(entry.path() / "stat");
-        std::string line;
-        if (!std::getline(stat, line)) {
-            continue; // exited while we looked
-        }
-        // "pid (comm) state ppid ...": comm may hold spaces and parentheses, so parse after the last ')'.
-        std::istringstream fields(line.substr(line.rfind(')') + 1));
-        std::string state;
-        pid_t parent = 0;
-        fields >> state >> parent;
-        if (parent == ::getpid()) {
-            children.push_back(name + " " + state);
-        }
-    }
-    return children;
-}
 
 std::size_t openDescriptorCount() {
     return static_cast<std::size_t>(
@@ -101,7 +77,7 @@ protected:
     void SetUp() override { previousSigpipe = std::signal(SIGPIPE, SIG_IGN); }
     void TearDown() override {
         std::signal(SIGPIPE, previousSigpipe);
-        EXPECT_EQ(childrenOfOurs(), std::vector<std::string>());
+        EXPECT_EQ(testing::childrenOfThisProcess(), std::vector<pid_t>());
     }
 
     Expected<CommandOutput, ProcessSupportError>
@@ -293,7 +269,7 @@ TEST_F(PosixCommandRunnerTest, ThousandRunsLeaveNoDescriptorOrZombie) {
     }
     EXPECT_EQ(failures.load(), 0);
     EXPECT_EQ(openDescriptorCount(), descriptorsBefore);
-    EXPECT_EQ(childrenOfOurs(), std::vector<std::string>());
+    EXPECT_EQ(testing::childrenOfThisProcess(), std::vector<pid_t>());
 }
 
 } // namespace

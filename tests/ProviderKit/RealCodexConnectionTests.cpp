@@ -1,3 +1,4 @@
+#include "AuthenticationFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "ProviderKit/Authentication/ProviderAuthenticationManager.h"
 #include "ProviderKit/CodexSignIn/CodexOAuthSession.h"
@@ -16,14 +17,6 @@ namespace fs = std::filesystem;
 using Connection = ProviderConnectionStatus;
 
 const fs::path realCodexFolder = fs::path(GAUGEWELL_SOURCE_DIR) / ".deps/codex/node_modules/.bin";
-
-class NoClaude : public ClaudeAccountAuthenticating {
-public:
-    bool isSignedIn() override { return false; }
-    bool login() override { return false; }
-    bool logout() override { return true; }
-    void cancelLogin() override {}
-};
 
 // The real `codex` CLI, signed out, in a fresh home of its own. It needs no network for any of this.
 class RealCodexConnectionTest : public ::testing::Test {
@@ -44,16 +37,10 @@ protected:
 
     std::unique_ptr<ProviderAuthenticationManager>
     makeManager(std::shared_ptr<CodexAccountAuthenticating> session) {
-        return std::make_unique<ProviderAuthenticationManager>(
-            ProviderAuthenticationManager::Dependencies{ExecutableLocator(),
-                                                        std::make_shared<PosixCommandRunner>(),
-                                                        home,
-                                                        {},
-                                                        defaults,
-                                                        "connections.oauth-authorized.v2",
-                                                        std::make_shared<NoClaude>(),
-                                                        std::move(session),
-                                                        environment});
+        return std::make_unique<ProviderAuthenticationManager>(ProviderAuthenticationManager::Dependencies{
+            ExecutableLocator(), std::make_shared<PosixCommandRunner>(), home,
+            std::map<ProviderService, fs::path>(), defaults, "connections.oauth-authorized.v2",
+            std::make_shared<testing::FakeClaude>(), std::move(session), environment});
     }
 
     void signInWithApiKey() {
@@ -74,18 +61,14 @@ protected:
     std::vector<std::string> openedURLs;
 };
 
-TEST_F(RealCodexConnectionTest, SignedOutToolNeedsAChatGPTSignIn) {
+TEST_F(RealCodexConnectionTest, SignedOutThenSignedInNeedsAuthorizationThenDisconnectSignsTheToolOut) {
     const auto manager =
         makeManager(std::make_shared<CodexOAuthSession>([](const std::string&) { return true; }));
     EXPECT_EQ(
         manager->status(ProviderService::codex),
         (ProviderConnectionState{ProviderService::codex, Connection::signedOut, "ChatGPT sign-in required"}));
-}
 
-TEST_F(RealCodexConnectionTest, SignedInAccountNeedsAuthorizationThenDisconnectSignsTheToolOut) {
     signInWithApiKey();
-    const auto manager =
-        makeManager(std::make_shared<CodexOAuthSession>([](const std::string&) { return true; }));
     EXPECT_EQ(manager->status(ProviderService::codex).status, Connection::disconnected);
 
     defaults->set(manager->codexAuthorizationKey(), true);

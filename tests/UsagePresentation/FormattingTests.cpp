@@ -38,8 +38,6 @@ TEST(ResetTimeFormatterTest, UsesTheLocalesHourCycleAndTheTimeZone) {
     } cases[] = {
         {"en_US", "UTC", 0, "3:45\u202FPM"},
         {"de_DE", "UTC", 0, "15:45"},
-        {"en_US", "UTC", 8 * 3600 + 20 * 60, "12:05\u202FAM"},
-        {"de_DE", "UTC", 8 * 3600 + 20 * 60, "00:05"},
         {"de_DE", "Europe/Berlin", 0, "16:45"},
         {"en_GB", "UTC", 59.9, "15:45"}, // seconds dropped
     };
@@ -65,13 +63,10 @@ TEST(RelativeTimeFormatterTest, UsesTheLargestWholeUnit) {
         {"en_US", -5 * minute, "5 min. ago"},
         {"en_US", 2 * hour + 59 * minute, "in 2 hr."}, // truncated
         {"en_US", day + hour, "in 1 day"},
-        {"en_US", 3 * day, "in 3 days"},
-        {"en_US", -2 * day, "2 days ago"},
         {"en_US", 10 * day, "in 1 wk."},
         {"en_US", 40 * day, "in 1 mo."},
         {"en_US", 400 * day, "in 1 yr."},
         {"de_DE", 2 * hour, "in 2 Std."},
-        {"de_DE", -5 * minute, "vor 5 Min."},
     };
     for (const auto& [locale, seconds, expected] : cases) {
         const RelativeTimeFormatter formatter(locale, "UTC");
@@ -116,15 +111,10 @@ TEST(WindowDisplayNameTest, ProviderNameFirstThenTheKindsName) {
                                                              {UsageWindowKind::modelSpecific, "Model"},
                                                              {UsageWindowKind::custom, "Usage"},
                                                              {UsageWindowKind::unknown, "Usage"}};
-    const auto base = testing::minimalSample();
     for (const auto& [kind, name] : kinds) {
-        const UsageWindowSample sample(
-            base.id(), base.connectionID(), base.providerBucketID(), std::nullopt, kind, std::nullopt,
-            base.observedAt(), std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt,
-            std::nullopt, std::nullopt, std::nullopt, std::nullopt, std::nullopt, base.authority(),
-            base.confidence(), base.coverage(), base.freshness(), base.source(), std::nullopt);
-        EXPECT_EQ(windowDisplayName(sample), name);
+        EXPECT_EQ(windowKindDisplayName(kind), name);
     }
+    EXPECT_EQ(windowDisplayName(testing::minimalSample()), "Five-hour"); // no name of its own
     EXPECT_EQ(windowDisplayName(testing::fullSample()), "5-hour limit");
 }
 

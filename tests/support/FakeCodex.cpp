@@ -50,15 +50,6 @@ def finish():
 
 )PY";
 
-fs::path makeTemporaryDirectory(const char* prefix) {
-    std::string pattern = (fs::temp_directory_path() / (std::string(prefix) + ".XXXXXX")).string();
-    if (::mkdtemp(pattern.data()) == nullptr) {
-        ADD_FAILURE() << "cannot create a temporary directory";
-        return {};
-    }
-    return pattern;
-}
-
 std::string readFile(const fs::path& path) {
     std::ifstream file(path, std::ios::binary);
     std::ostringstream text;
@@ -69,11 +60,10 @@ std::string readFile(const fs::path& path) {
 } // namespace
 
 FakeCodex FakeCodex::write(std::string_view text) {
-    const fs::path directory = makeTemporaryDirectory("gaugewell-fake-codex");
-    const fs::path executable = directory / "codex";
-    std::ofstream(executable, std::ios::binary) << text;
-    fs::permissions(executable, fs::perms::owner_all | fs::perms::group_read | fs::perms::group_exec);
-    return FakeCodex(directory, executable);
+    FakeCodex fake;
+    fake.executable_ = fake.directory() / "codex";
+    writeFile(fake.executable_, std::string(text), fs::perms(0750));
+    return fake;
 }
 
 FakeCodex FakeCodex::shell(std::string_view body) {
@@ -84,37 +74,16 @@ FakeCodex FakeCodex::python(std::string_view body) {
     return write(std::string(pythonPrelude) + std::string(body) + "\n");
 }
 
-FakeCodex::FakeCodex(FakeCodex&& other) noexcept
-    : directory_(std::move(other.directory_))
-    , executable_(std::move(other.executable_)) {
-    other.directory_.clear();
-}
-
-FakeCodex::~FakeCodex() {
-    if (!directory_.empty()) {
-        std::error_code ignored;
-        fs::remove_all(directory_, ignored);
-    }
-}
-
 std::string FakeCodex::receivedInput() const {
-    return readFile(directory_ / "input");
+    return readFile(directory() / "input");
 }
 
 std::optional<pid_t> FakeCodex::pid() const {
-    const std::string text = readFile(directory_ / "pid");
+    const std::string text = readFile(directory() / "pid");
     if (text.empty()) {
         return std::nullopt;
     }
     return static_cast<pid_t>(std::stol(text));
-}
-
-ScratchDirectory::ScratchDirectory()
-    : path_(makeTemporaryDirectory("gaugewell-test")) {}
-
-ScratchDirectory::~ScratchDirectory() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
 }
 
 bool processIsGone(pid_t pid) {

@@ -1,6 +1,9 @@
 #pragma once
 
+#include "TemporaryDirectory.h"
+
 #include <filesystem>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -23,11 +26,7 @@ public:
     //   finish()         ignores SIGTERM, records the rest of the input up to its end, exits 0
     static FakeCodex python(std::string_view body);
 
-    FakeCodex(FakeCodex&& other) noexcept;
-    FakeCodex& operator=(FakeCodex&&) = delete;
-    ~FakeCodex();
-
-    const std::filesystem::path& directory() const { return directory_; }
+    const std::filesystem::path& directory() const { return folder->path(); }
     const std::filesystem::path& executable() const { return executable_; }
     // Everything the python fake has read from its standard input.
     std::string receivedInput() const;
@@ -35,27 +34,13 @@ public:
     std::optional<pid_t> pid() const;
 
 private:
-    FakeCodex(std::filesystem::path directory, std::filesystem::path executable)
-        : directory_(std::move(directory))
-        , executable_(std::move(executable)) {}
     static FakeCodex write(std::string_view text);
 
-    std::filesystem::path directory_;
+    std::unique_ptr<TemporaryDirectory> folder = std::make_unique<TemporaryDirectory>();
     std::filesystem::path executable_;
 };
 
-// A fresh folder under the temporary directory, removed with the object.
-class ScratchDirectory {
-public:
-    ScratchDirectory();
-    ScratchDirectory(const ScratchDirectory&) = delete;
-    ScratchDirectory& operator=(const ScratchDirectory&) = delete;
-    ~ScratchDirectory();
-    const std::filesystem::path& path() const { return path_; }
-
-private:
-    std::filesystem::path path_;
-};
+using ScratchDirectory = TemporaryDirectory;
 
 // True when no process with this id exists (not even as a zombie).
 bool processIsGone(pid_t pid);

@@ -14,8 +14,7 @@ bool HeadlessChromium::open(const std::string& url) {
     if (::mkdtemp(profile.data()) == nullptr) {
         return false;
     }
-    std::vector<std::string> arguments{executable,
-                                       "--headless",
+    std::vector<std::string> arguments{"--headless",
                                        "--disable-gpu",
                                        "--disable-quic",
                                        "--no-first-run",
@@ -28,10 +27,15 @@ bool HeadlessChromium::open(const std::string& url) {
         arguments.push_back("--no-sandbox");
     }
     arguments.push_back(url);
-    auto started = SpawnedProcess::start(arguments, {}, SpawnedProcess::Output::discard);
+    auto started = ChildProcess::spawn(
+        executable, arguments, currentProcessEnvironment(),
+        {ChildProcess::Stream::null, ChildProcess::Stream::null, ChildProcess::Stream::null});
     std::lock_guard lock(mutex);
-    process = std::move(started); // a browser opened earlier is killed
-    return process != nullptr;
+    process.reset(); // a browser opened earlier is ended
+    if (started) {
+        process = std::move(started).value();
+    }
+    return process.has_value();
 }
 
 void HeadlessChromium::close() {

@@ -1,16 +1,17 @@
 #pragma once
 
-#include "SpawnedProcess.h"
+#include "ProviderKit/Process/ChildProcess.h"
 
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace gaugewell::testing {
 
 // Debian's Chromium, headless, as the browser of a sign-in test: `open` starts it on the URL with a
-// fresh profile below `profileParent`; `close` (or the destructor) kills its process group and reaps it.
+// fresh profile below `profileParent`; `close` (or the destructor) ends its process group and reaps it.
 class HeadlessChromium {
 public:
     static constexpr const char* executable = "/usr/bin/chromium";
@@ -25,7 +26,7 @@ public:
 private:
     std::filesystem::path profileParent;
     std::mutex mutex;
-    std::unique_ptr<SpawnedProcess> process;
+    std::optional<ChildProcess> process;
 };
 
 } // namespace gaugewell::testing

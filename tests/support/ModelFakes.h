@@ -4,6 +4,8 @@
 #include "ProviderKit/Authentication/ProviderService.h"
 #include "ProviderKit/GaugewellProvider.h"
 
+#include <chrono>
+#include <condition_variable>
 #include <map>
 #include <mutex>
 #include <string>
@@ -11,7 +13,7 @@
 
 namespace gaugewell::testing {
 
-// Connection states set by the test; sign-in answers at once.
+// Connection states set by the test; a sign-in succeeds (at once unless held).
 class SettableAuthentication : public ProviderAuthenticating {
 public:
     std::mutex mutex;
@@ -26,7 +28,9 @@ public:
         return states.at(service);
     }
     ProviderConnectionState login(ProviderService service) override {
-        const std::lock_guard lock(mutex);
+        std::unique_lock lock(mutex);
+        ++logins[service];
+        released.wait_for(lock, std::chrono::seconds(10), [&] { return !holdLogins; });
         states[service] = {service, ProviderConnectionStatus::signedIn, "signed in"};
         return states[service];
     }
@@ -40,6 +44,17 @@ public:
         const std::lock_guard lock(mutex);
         states[service] = {service, status, std::move(detail)};
     }
+    // Sign-ins wait while `holdLogins` is set, until `release`.
+    void release() {
+        const std::lock_guard lock(mutex);
+        holdLogins = false;
+        released.notify_all();
+    }
+    std::map<ProviderService, int> logins;
+    bool holdLogins = false;
+
+private:
+    std::condition_variable released;
 };
 
 // Returns the windows and buckets the test gave it, filed under the request's connection.
