@@ -1,1 +1,0 @@
-// Anchors the TestSupport library; shared fixtures are mostly header-only.
