@@ -220,7 +220,12 @@ bool ChildProcess::hasExited() {
     do {
         result = ::waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
     } while (result < 0 && errno == EINTR);
-    return result < 0 || info.si_pid == pid_;
+    if (result < 0) {
+        // Not our child any more (reaped elsewhere): its id may be reused, so it is never signalled.
+        status = -1;
+        return true;
+    }
+    return info.si_pid == pid_;
 }
 
 void ChildProcess::signal(int number) {
