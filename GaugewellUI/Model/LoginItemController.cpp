@@ -50,7 +50,7 @@ LoginItemController::LoginItemController(QString executablePath, std::filesystem
     , autostartFolder(std::move(autostartFolder)) {}
 
 std::filesystem::path LoginItemController::defaultAutostartFolder() {
-    // The base directory spec says to ignore a relative value.
+    // XDG: a relative value is to be ignored.
     if (const char* config = std::getenv("XDG_CONFIG_HOME"); config != nullptr && config[0] == '/') {
         return std::filesystem::path(config) / "autostart";
     }
