@@ -207,14 +207,8 @@ std::optional<std::int64_t> Decimal::int64Value() const {
 }
 
 double Decimal::toDouble() const {
-    // Appended piece by piece: GCC 12 warns falsely (-Wrestrict) on `"-" + std::string` at -O2.
-    std::string scientific;
-    if (coefficient < 0) {
-        scientific += '-';
-    }
-    scientific += digitsOf(coefficient);
-    scientific += 'e';
-    scientific += std::to_string(exponent);
+    std::string scientific =
+        (coefficient < 0 ? "-" : "") + digitsOf(coefficient) + "e" + std::to_string(exponent);
     double result = 0;
     std::from_chars(scientific.data(), scientific.data() + scientific.size(), result);
     return result;

@@ -1,5 +1,6 @@
 #include "../GaugewellModel/QtTestSupport.h"
 #include "../GaugewellModel/ViewStateFixtures.h"
+#include "../GaugewellModel/WidgetFeedTestSupport.h"
 #include "AuthenticationFakes.h"
 #include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
@@ -332,9 +333,9 @@ TEST_F(CommandLineTest, ReportIsWrittenAfterARefreshOrTheFailureIsSaid) {
 }
 
 TEST_F(CommandLineTest, DaemonServesTheFeedOnLoopbackUntilTerminated) {
-    // A port of its own, so that a developer's running Gaugewell does not hold it.
-    ::setenv("GAUGEWELL_WIDGET_PORT", std::to_string(40000 + ::getpid() % 20000).c_str(), 1);
     testing::coreApplication();
+    // A free port, so that a developer's running Gaugewell does not hold it.
+    ::setenv("GAUGEWELL_WIDGET_PORT", std::to_string(testing::unusedLoopbackPort()).c_str(), 1);
     QTimer::singleShot(300, [] { ::raise(SIGTERM); });
     EXPECT_EQ(run({"daemon"}), CommandLine::success) << err.str();
     ::unsetenv("GAUGEWELL_WIDGET_PORT");
