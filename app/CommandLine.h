@@ -1,6 +1,6 @@
 #pragma once
 
-#include "GaugewellUI/Model/RunningInstance.h"
+#include "GaugewellUI/Desktop/RunningInstance.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
 #include "GaugewellWidgetSupport/WidgetUsageLoader.h"
 #include "Platform/UserDefaults.h"
@@ -28,7 +28,7 @@ public:
         std::function<Date()> now;
         std::function<std::shared_ptr<UserDefaults>()> defaults;
         // A model over the real (or, in tests, fake) services; notifications are optional.
-        std::function<std::unique_ptr<UsageAppModel>(UsageNotificationController*)> makeModel;
+        std::function<std::unique_ptr<UsageAppModel>(UsageAppModel::RefreshHooks)> makeModel;
         // One read of a running Gaugewell's widget feed.
         std::function<WidgetFetchResult()> fetchWidget;
         // Asks the running tray application to act (`Activate` when the request is absent).

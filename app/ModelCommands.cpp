@@ -1,11 +1,11 @@
 #include "CommandLine.h"
-#include "GaugewellUI/Model/ApplicationCore.h"
-#include "GaugewellUI/Model/DBusNotificationBackend.h"
-#include "GaugewellUI/Model/DiagnosticsReport.h"
-#include "GaugewellUI/Model/SanitizedProviderDiagnostics.h"
-#include "GaugewellUI/Model/UsageNotificationController.h"
-#include "GaugewellUI/Model/WidgetLiveServer.h"
-#include "GaugewellUI/Model/WidgetSnapshotBuilder.h"
+#include "GaugewellUI/Application/ApplicationCore.h"
+#include "GaugewellUI/Diagnostics/DiagnosticsReport.h"
+#include "GaugewellUI/Diagnostics/SanitizedProviderDiagnostics.h"
+#include "GaugewellUI/Notifications/DBusNotificationBackend.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
+#include "GaugewellUI/WidgetFeed/WidgetLiveServer.h"
+#include "GaugewellUI/WidgetFeed/WidgetSnapshotBuilder.h"
 #include "InterruptWatcher.h"
 #include "UsagePresentation/MenuBarConfiguration.h"
 #include "UsagePresentation/MenuBarProjection.h"
@@ -85,19 +85,14 @@ int CommandLine::status(const std::vector<std::string>& arguments, std::ostream&
         return success;
     }
     application();
-    const auto model = dependencies.makeModel(nullptr);
+    const auto model = dependencies.makeModel({});
     if (!waitFor(model->refresh(RefreshTrigger::manual))) {
         err << "gaugewell: the refresh did not finish in time\n";
         return failure;
     }
     const Date now = dependencies.now();
     if (flags["--json"]) {
-        std::map<ProviderService, ProviderConnectionState> states;
-        for (const auto service : allProviderServices) {
-            states.emplace(service, model->connectionState(service));
-        }
-        out << WidgetSnapshotBuilder::build(model->providers(), states, model->lastUpdatedAt(), now).json()
-            << '\n';
+        out << WidgetSnapshotBuilder::build(*model).json() << '\n';
         return success;
     }
 
@@ -156,12 +151,12 @@ int CommandLine::report(const std::vector<std::string>& arguments, std::ostream&
         return usageError;
     }
     application();
-    const auto model = dependencies.makeModel(nullptr);
+    const auto model = dependencies.makeModel({});
     if (!waitFor(model->refresh(RefreshTrigger::manual))) {
         err << "gaugewell: the refresh did not finish in time\n";
         return failure;
     }
-    const auto text = model->diagnosticsReport();
+    const auto text = diagnosticsReport(*model);
     if (const auto error = writeDiagnosticsReport(arguments[1], text)) {
         err << "gaugewell: " << describe(*error) << '\n';
         return failure;

@@ -1,9 +1,9 @@
 #include "TrayApplication.h"
 
-#include "GaugewellUI/Model/ApplicationServices.h"
-#include "GaugewellUI/Model/DBusNotificationBackend.h"
-#include "GaugewellUI/Model/DesktopApplicationService.h"
-#include "GaugewellUI/Model/RunningInstance.h"
+#include "GaugewellUI/Application/ApplicationServices.h"
+#include "GaugewellUI/Desktop/DesktopApplicationService.h"
+#include "GaugewellUI/Desktop/RunningInstance.h"
+#include "GaugewellUI/Notifications/DBusNotificationBackend.h"
 #include "GaugewellUI/Views/App/GaugewellAppDelegate.h"
 #include "GaugewellUI/Views/DesignSystem/DesktopAppearance.h"
 #include "InterruptWatcher.h"

@@ -1,5 +1,5 @@
-#include "GaugewellUI/Model/ApplicationServices.h"
-#include "GaugewellUI/Model/RunningInstance.h"
+#include "GaugewellUI/Application/ApplicationServices.h"
+#include "GaugewellUI/Desktop/RunningInstance.h"
 #include "app/CommandLine.h"
 #include "app/TrayApplication.h"
 
@@ -49,10 +49,10 @@ int main(int argc, char** argv) {
         [&] { return ensureServices().authentication; },
         [] { return std::chrono::system_clock::now(); },
         [&] { return ensureServices().defaults; },
-        [&](gaugewell::UsageNotificationController* notifications) {
+        [&](gaugewell::UsageAppModel::RefreshHooks hooks) {
             auto& services = ensureServices();
             return std::make_unique<gaugewell::UsageAppModel>(gaugewell::UsageAppModel::Dependencies{
-                services.authentication, services.collectors, services.defaults, notifications});
+                services.authentication, services.collectors, services.defaults, std::move(hooks)});
         },
         [] { return gaugewell::WidgetUsageLoader::live().fetch(); },
         [](const std::optional<gaugewell::ApplicationRequest>& request) {

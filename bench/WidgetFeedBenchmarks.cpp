@@ -2,7 +2,8 @@
 // how many are served, how many fail, and the latency from connect to the server's close.
 
 #include "GaugewellUI/Model/UsageAppModel.h"
-#include "GaugewellUI/Model/WidgetLiveServer.h"
+#include "GaugewellUI/WidgetFeed/WidgetLiveServer.h"
+#include "GaugewellUI/WidgetFeed/WidgetSnapshotBuilder.h"
 #include "Platform/InMemoryUserDefaults.h"
 
 #include <QCoreApplication>
@@ -189,7 +190,10 @@ void ConcurrentRequests(benchmark::State& state) {
     WidgetLiveServer server(
         [&](WidgetLiveServer::SnapshotReply reply) {
             if (throughModel) {
-                model.widgetSnapshot(std::move(reply)); // a refresh per burst, shared by its requests
+                // a refresh per burst, shared by its requests
+                model.afterRefresh([&model, reply = std::move(reply)](bool refreshed) {
+                    reply(refreshed ? std::optional(WidgetSnapshotBuilder::build(model)) : std::nullopt);
+                });
             } else {
                 reply(snapshot());
             }

@@ -8,6 +8,8 @@ import pathlib
 import re
 import sys
 
+QT_LIBRARIES = ["GaugewellUI/Support", "GaugewellUI/Model", "GaugewellUI/Notifications", "GaugewellUI/WidgetFeed",
+                "GaugewellUI/Diagnostics", "GaugewellUI/Desktop", "GaugewellUI/Application"]
 ALLOWED = {
     "UsageDomain": set(),
     # The JSON tree (settings file) and Expected are vocabulary types of the domain layer.
@@ -18,12 +20,26 @@ ALLOWED = {
     "UsageCoordinator": {"UsageDomain", "ProviderKit/GaugewellProvider.h"},
     "UsagePresentation": {"UsageDomain", "ProviderKit", "Platform"},
     "GaugewellWidgetSupport": set(),
-    "GaugewellUI/Model": {"UsageDomain", "Platform", "ProviderKit", "CodexProvider", "ClaudeProvider",
-                          "UsageCoordinator", "UsagePresentation", "GaugewellWidgetSupport"},
+    # The Qt layer, by concern. Notifications, the widget feed and diagnostics stand on the model and never
+    # reach the windows; the desktop session stands on nothing of the model.
+    "GaugewellUI/Support": {"UsageDomain"},
+    "GaugewellUI/Model": {"UsageDomain", "Platform", "ProviderKit", "UsageCoordinator", "UsagePresentation",
+                          "GaugewellUI/Support"},
+    "GaugewellUI/Notifications": {"UsageDomain", "Platform", "ProviderKit", "UsagePresentation",
+                                  "GaugewellUI/Support", "GaugewellUI/Model"},
+    "GaugewellUI/WidgetFeed": {"UsageDomain", "Platform", "ProviderKit", "UsagePresentation",
+                               "GaugewellWidgetSupport", "GaugewellUI/Support", "GaugewellUI/Model"},
+    "GaugewellUI/Diagnostics": {"UsageDomain", "Platform", "ProviderKit", "UsagePresentation",
+                                "GaugewellUI/Support", "GaugewellUI/Model"},
+    "GaugewellUI/Desktop": {"UsageDomain", "Platform", "GaugewellUI/Support"},
+    "GaugewellUI/Application": {"UsageDomain", "Platform", "ProviderKit", "CodexProvider", "ClaudeProvider",
+                                "UsageCoordinator", "UsagePresentation", "GaugewellWidgetSupport",
+                                "GaugewellUI/Support", "GaugewellUI/Model", "GaugewellUI/Notifications",
+                                "GaugewellUI/WidgetFeed"},
     "GaugewellUI/Views": {"UsageDomain", "Platform", "ProviderKit", "CodexProvider", "ClaudeProvider",
-                          "UsageCoordinator", "UsagePresentation", "GaugewellWidgetSupport", "GaugewellUI/Model"},
+                          "UsageCoordinator", "UsagePresentation", "GaugewellWidgetSupport", *QT_LIBRARIES},
     "app": {"UsageDomain", "Platform", "ProviderKit", "CodexProvider", "ClaudeProvider", "UsageCoordinator",
-            "UsagePresentation", "GaugewellWidgetSupport", "GaugewellUI/Model", "GaugewellUI/Views"},
+            "UsagePresentation", "GaugewellWidgetSupport", *QT_LIBRARIES, "GaugewellUI/Views"},
 }
 INCLUDE = re.compile(r'^\s*#\s*include\s+"([^"]+)"', re.MULTILINE)
 

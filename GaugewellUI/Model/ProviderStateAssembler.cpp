@@ -1,6 +1,6 @@
 #include "ProviderStateAssembler.h"
 
-#include "Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 
 #include <QCoreApplication>
 #include <algorithm>

@@ -1,14 +1,10 @@
 #include "UsageAppModel.h"
 
 #include "AuthenticationGatedProvider.h"
-#include "BackgroundWork.h"
-#include "DiagnosticsReport.h"
-#include "Localizable.h"
-#include "Logging.h"
+#include "GaugewellUI/Support/BackgroundWork.h"
+#include "GaugewellUI/Support/Localizable.h"
+#include "GaugewellUI/Support/Logging.h"
 #include "Platform/SettingsKeys.h"
-#include "SanitizedProviderDiagnostics.h"
-#include "UsageNotificationController.h"
-#include "WidgetSnapshotBuilder.h"
 
 #include <QElapsedTimer>
 #include <algorithm>
@@ -37,9 +33,9 @@ UsageAppModel::UsageAppModel(Dependencies dependencies, QObject* parent)
     , coordinator(std::make_shared<RefreshCoordinator>(
           registrations(this->dependencies), this->dependencies.backoffPolicy, this->dependencies.now)) {
     for (const auto service : allProviderServices) {
-        connectionStates.emplace(service,
-                                 ProviderConnectionState{service, ProviderConnectionStatus::checking,
-                                                         Localizable::tr("Checking sign-in").toStdString()});
+        connectionStates_.emplace(service,
+                                  ProviderConnectionState{service, ProviderConnectionStatus::checking,
+                                                          Localizable::tr("Checking sign-in").toStdString()});
     }
     tickTimer.setInterval(this->dependencies.tick);
     QObject::connect(&tickTimer, &QTimer::timeout, this, [this] { refreshIfDue(); });
@@ -47,14 +43,14 @@ UsageAppModel::UsageAppModel(Dependencies dependencies, QObject* parent)
 
 UsageAppModel::~UsageAppModel() {
     // Widget clients still waiting get their 500 rather than nothing.
-    for (auto& reply : std::exchange(waitingSnapshots, {})) {
-        reply(std::nullopt);
+    for (auto& waiter : std::exchange(waiters, {})) {
+        waiter(false);
     }
 }
 
 ProviderConnectionState UsageAppModel::connectionState(ProviderService service) const {
-    const auto state = connectionStates.find(service);
-    if (state == connectionStates.end()) {
+    const auto state = connectionStates_.find(service);
+    if (state == connectionStates_.end()) {
         return {service, ProviderConnectionStatus::checking,
                 Localizable::tr("Checking sign-in").toStdString()};
     }
@@ -84,8 +80,8 @@ void UsageAppModel::start() {
         return;
     }
     didStart = true;
-    auto permission = dependencies.notifications ? dependencies.notifications->refreshPermission()
-                                                 : QtFuture::makeReadyFuture();
+    auto permission = dependencies.hooks.beforeFirstRefresh ? dependencies.hooks.beforeFirstRefresh()
+                                                            : QtFuture::makeReadyFuture();
     permission.then(this, [this] {
         refresh(RefreshTrigger::manual);
         tickTimer.start();
@@ -124,7 +120,7 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
               [this, coordinator, trigger](const QList<QFuture<ProviderConnectionState>>& answered) {
                   for (const auto& answer : answered) {
                       const auto state = answer.result();
-                      connectionStates.insert_or_assign(state.service, state);
+                      connectionStates_.insert_or_assign(state.service, state);
                   }
                   emit connectionStatesChanged();
                   return runInBackground([coordinator, trigger] {
@@ -140,8 +136,8 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
         .then(this,
               [this](CollectedRefresh collected) {
                   publish(collected);
-                  return dependencies.notifications ? dependencies.notifications->process(providers_)
-                                                    : QtFuture::makeReadyFuture();
+                  return dependencies.hooks.afterPublish ? dependencies.hooks.afterPublish(providers_)
+                                                         : QtFuture::makeReadyFuture();
               })
         .unwrap()
         .then(this, [this, trigger, elapsed] {
@@ -159,7 +155,7 @@ void UsageAppModel::publish(const CollectedRefresh& collected) {
     static const RelativeTimeFormatter relativeTime;
     providers_ =
         ProviderStateAssembler::assemble(collected.summary.outcomes(), collected.skipped, descriptors,
-                                         dependencies.now(), connectionStates, relativeTime);
+                                         dependencies.now(), connectionStates_, relativeTime);
     historyPoints_ = ProviderStateAssembler::history(providers_);
     lastUpdatedAt_ = collected.summary.startedAt();
     for (const auto& provider : providers_) {
@@ -174,15 +170,14 @@ void UsageAppModel::publish(const CollectedRefresh& collected) {
 void UsageAppModel::finishRefresh() {
     if (--refreshesRunning == 0) {
         emit refreshingChanged();
-        const Date now = dependencies.now();
-        for (auto& reply : std::exchange(waitingSnapshots, {})) {
-            reply(WidgetSnapshotBuilder::build(providers_, connectionStates, lastUpdatedAt_, now));
+        for (auto& waiter : std::exchange(waiters, {})) {
+            waiter(true);
         }
     }
 }
 
-void UsageAppModel::widgetSnapshot(SnapshotReply reply) {
-    waitingSnapshots.push_back(std::move(reply));
+void UsageAppModel::afterRefresh(RefreshWaiter waiter) {
+    waiters.push_back(std::move(waiter));
     if (!isRefreshing()) {
         refresh(RefreshTrigger::manual);
     }
@@ -194,12 +189,12 @@ void UsageAppModel::setAuthenticationAction(std::optional<ProviderService> servi
 }
 
 void UsageAppModel::setConnectionState(const ProviderConnectionState& state) {
-    connectionStates.insert_or_assign(state.service, state);
+    connectionStates_.insert_or_assign(state.service, state);
     emit connectionStatesChanged();
 }
 
 void UsageAppModel::rederive() {
-    providers_ = ProviderStateAssembler::rederive(providers_, connectionStates);
+    providers_ = ProviderStateAssembler::rederive(providers_, connectionStates_);
     historyPoints_ = ProviderStateAssembler::history(providers_);
     emit providersChanged();
 }
@@ -227,16 +222,6 @@ QFuture<void> UsageAppModel::connectService(ProviderService service) {
                   return QtFuture::makeReadyFuture();
               })
         .unwrap();
-}
-
-std::string UsageAppModel::diagnosticsReport() const {
-    std::vector<SanitizedProviderDiagnostics> sanitized;
-    for (const auto& provider : providers_) {
-        sanitized.push_back(
-            SanitizedProviderDiagnostics::from(provider, connectionState(provider.service).status));
-    }
-    return gaugewell::diagnosticsReport(sanitized, dependencies.now(),
-                                        DiagnosticsReportEnvironment::current());
 }
 
 void UsageAppModel::cancelSignIn() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
 #include "Platform/UserDefaults.h"
 #include "ProviderKit/Authentication/ProviderAuthenticating.h"
 #include "ProviderStateAssembler.h"
@@ -20,8 +19,6 @@
 
 namespace gaugewell {
 
-class UsageNotificationController;
-
 // The one object the interface reads: it refreshes (at start, on a 15-second tick against the
 // configured interval, on demand), signs in and out, and publishes one view state per service
 // and the daily token history. Lives on the main thread; blocking work runs on threads of its
@@ -30,16 +27,23 @@ class UsageAppModel : public QObject {
     Q_OBJECT
 
 public:
+    // What runs around refreshes without the model knowing it (the notification permission before
+    // the first, the usage alerts after each): awaited in turn. Both optional.
+    struct RefreshHooks {
+        std::function<QFuture<void>()> beforeFirstRefresh;
+        std::function<QFuture<void>(const std::vector<ProviderViewState>&)> afterPublish;
+    };
     struct Dependencies {
         std::shared_ptr<ProviderAuthenticating> authentication;
         PerService<std::shared_ptr<const GaugewellProvider>> collectors;
         std::shared_ptr<UserDefaults> defaults;
-        UsageNotificationController* notifications = nullptr; // optional; not owned
+        RefreshHooks hooks{};
         std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
         std::chrono::milliseconds tick{std::chrono::seconds(15)};
         RefreshBackoffPolicy backoffPolicy{30, 1800};
     };
-    using SnapshotReply = std::function<void(std::optional<WidgetUsageSnapshot>)>;
+    // Called when no refresh runs any more; false when the model went away first.
+    using RefreshWaiter = std::function<void(bool refreshed)>;
 
     explicit UsageAppModel(Dependencies dependencies, QObject* parent = nullptr);
     ~UsageAppModel() override;
@@ -48,6 +52,9 @@ public:
     const std::vector<HistoryPoint>& historyPoints() const { return historyPoints_; }
     // "Checking sign-in" until the first answer.
     ProviderConnectionState connectionState(ProviderService service) const;
+    const std::map<ProviderService, ProviderConnectionState>& connectionStates() const {
+        return connectionStates_;
+    }
     bool isRefreshing() const { return refreshesRunning > 0; }
     std::optional<ProviderService> authenticationAction() const { return authenticationAction_; }
     std::optional<Date> lastUpdatedAt() const { return lastUpdatedAt_; }
@@ -69,10 +76,9 @@ public:
     QFuture<void> disconnectService(ProviderService service);
     // Ends a sign-in that waits for the browser; it then reports `failed`. Returns at once.
     void cancelSignIn();
-    // The sanitised diagnostics report of what the model holds now (no usage, no account data).
-    std::string diagnosticsReport() const;
-    // The widget feed's answer, after a manual refresh (or the one already running).
-    void widgetSnapshot(SnapshotReply reply);
+    // Runs a manual refresh unless one is running, and calls `waiter` once none is.
+    void afterRefresh(RefreshWaiter waiter);
+    Date now() const { return dependencies.now(); }
 
 signals:
     void providersChanged();
@@ -98,11 +104,11 @@ private:
     bool didStart = false;
     bool interactive = false;
     int refreshesRunning = 0;
-    std::vector<SnapshotReply> waitingSnapshots;
+    std::vector<RefreshWaiter> waiters;
 
     std::vector<ProviderViewState> providers_;
     std::vector<HistoryPoint> historyPoints_;
-    std::map<ProviderService, ProviderConnectionState> connectionStates;
+    std::map<ProviderService, ProviderConnectionState> connectionStates_;
     std::optional<ProviderService> authenticationAction_;
     std::optional<Date> lastUpdatedAt_;
 };

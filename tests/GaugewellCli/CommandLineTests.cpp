@@ -1,13 +1,13 @@
-#include "../GaugewellModel/QtTestSupport.h"
-#include "../GaugewellModel/ViewStateFixtures.h"
-#include "../GaugewellModel/WidgetFeedTestSupport.h"
 #include "AuthenticationFakes.h"
 #include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
+#include "QtTestSupport.h"
 #include "RecordFixtures.h"
 #include "TemporaryDirectory.h"
 #include "UsageDomain/JsonValue.h"
+#include "ViewStateFixtures.h"
+#include "WidgetFeedTestSupport.h"
 #include "app/CommandLine.h"
 #include "app/CommandTable.h"
 #include "app/ProviderReport.h"
@@ -79,11 +79,13 @@ protected:
             [this] { return manager; },
             [this] { return now; },
             [this] { return defaults; },
-            [this](UsageNotificationController* notifications) {
-                return std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
-                    modelAuthentication, {codexCollector, claudeCollector}, defaults, notifications, [this] {
-                        return now;
-                    }});
+            [this](UsageAppModel::RefreshHooks hooks) {
+                return std::make_unique<UsageAppModel>(
+                    UsageAppModel::Dependencies{modelAuthentication,
+                                                {codexCollector, claudeCollector},
+                                                defaults,
+                                                std::move(hooks),
+                                                [this] { return now; }});
             },
             [this] { return widgetAnswer; },
             [this](const std::optional<ApplicationRequest>& request) -> Status<RunningInstanceError> {

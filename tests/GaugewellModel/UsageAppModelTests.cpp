@@ -61,7 +61,7 @@ protected:
     UsageAppModel& model() {
         if (!instance) {
             instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
-                authentication, {codex, claude}, defaults, nullptr, [this] { return clock.now(); }});
+                authentication, {codex, claude}, defaults, {}, [this] { return clock.now(); }});
         }
         return *instance;
     }
@@ -90,7 +90,7 @@ TEST_F(UsageAppModelTest, StartRefreshesAtOnceAndThenWheneverTheTickFindsARefres
     instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{authentication,
                                                                            {codex, claude},
                                                                            defaults,
-                                                                           nullptr,
+                                                                           {},
                                                                            [this] { return clock.now(); },
                                                                            std::chrono::milliseconds(10)});
     model().start();
@@ -194,18 +194,13 @@ TEST_F(UsageAppModelTest, SignOutShowsTheSignInPromptUntilTheNextRefresh) {
     EXPECT_EQ(codexState.diagnostics[0].message(), "Sign in to access this account's usage.");
 }
 
-TEST_F(UsageAppModelTest, WidgetSnapshotFollowsAManualRefresh) {
-    std::optional<WidgetUsageSnapshot> answer;
-    bool answered = false;
-    model().widgetSnapshot([&](std::optional<WidgetUsageSnapshot> snapshot) {
-        answer = std::move(snapshot);
-        answered = true;
-    });
-    for (int spins = 0; !answered && spins < 1000; ++spins) {
+TEST_F(UsageAppModelTest, AfterRefreshWaitsForAManualRefresh) {
+    std::optional<bool> answer;
+    model().afterRefresh([&](bool refreshed) { answer = refreshed; });
+    for (int spins = 0; !answer && spins < 1000; ++spins) {
         testing::waitForSignal(&model(), &UsageAppModel::refreshingChanged, 100);
     }
-    ASSERT_TRUE(answered);
-    ASSERT_TRUE(answer.has_value());
+    ASSERT_EQ(answer, true);
     EXPECT_EQ(codex->collections, 1);
 }
 

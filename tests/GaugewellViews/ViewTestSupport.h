@@ -1,9 +1,9 @@
 #pragma once
 
-#include "../GaugewellModel/ViewStateFixtures.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
 #include "ModelFakes.h"
 #include "Platform/InMemoryUserDefaults.h"
+#include "ViewStateFixtures.h"
 
 #include <QApplication>
 #include <QTest>
@@ -51,7 +51,7 @@ struct ModelFixture {
     ModelFixture() {
         widgetApplication();
         model = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
-            authentication, {codex, claude}, defaults, nullptr, [this] { return now; }});
+            authentication, {codex, claude}, defaults, {}, [this] { return now; }});
     }
 
     // A refresh still running would continue on a model that is gone.

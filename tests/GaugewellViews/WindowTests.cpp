@@ -1,5 +1,5 @@
-#include "GaugewellUI/Model/LoginItemController.h"
-#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Desktop/LoginItemController.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
 #include "GaugewellUI/Views/Dashboard/DashboardView.h"
 #include "GaugewellUI/Views/Dashboard/WindowsTable.h"
 #include "GaugewellUI/Views/Onboarding/OnboardingWindowController.h"

@@ -1,6 +1,6 @@
 #include "GaugewellAppDelegate.h"
 
-#include "GaugewellUI/Model/LoginItemController.h"
+#include "GaugewellUI/Desktop/LoginItemController.h"
 #include "GaugewellUI/Views/Dashboard/DashboardView.h"
 #include "GaugewellUI/Views/Onboarding/OnboardingWindowController.h"
 #include "GaugewellUI/Views/Settings/UsageSettingsView.h"
@@ -18,9 +18,9 @@ GaugewellAppDelegate::GaugewellAppDelegate(ApplicationServices services,
     : QObject(parent)
     , services(services)
     , core(services.defaults, std::move(notifications),
-           [services](UsageNotificationController* controller) {
+           [services](UsageAppModel::RefreshHooks hooks) {
                return std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{
-                   services.authentication, services.collectors, services.defaults, controller});
+                   services.authentication, services.collectors, services.defaults, std::move(hooks)});
            })
     , settingsWatcher(services.settingsFile)
     , resetTime(std::make_shared<IcuResetTimeFormatter>())

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "GaugewellUI/Model/ApplicationAction.h"
-#include "GaugewellUI/Model/ApplicationCore.h"
-#include "GaugewellUI/Model/ApplicationServices.h"
-#include "GaugewellUI/Model/SettingsFileWatcher.h"
+#include "GaugewellUI/Application/ApplicationCore.h"
+#include "GaugewellUI/Application/ApplicationServices.h"
+#include "GaugewellUI/Desktop/ApplicationAction.h"
+#include "GaugewellUI/Desktop/SettingsFileWatcher.h"
 #include "UsagePresentation/ResetTimeFormatter.h"
 
 #include <QObject>

@@ -1,6 +1,6 @@
 #include "ConnectionPresenter.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 
 namespace gaugewell {
 

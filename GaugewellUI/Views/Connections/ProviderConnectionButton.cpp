@@ -1,8 +1,8 @@
 #include "ProviderConnectionButton.h"
 
 #include "ConnectionPresenter.h"
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 
 #include <QDesktopServices>
 #include <QUrl>

@@ -1,8 +1,8 @@
 #include "DashboardView.h"
 
 #include "DashboardPresenter.h"
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/GlassSurface.h"
 #include "GaugewellUI/Views/DesignSystem/SectionHeader.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolButton.h"

@@ -1,6 +1,6 @@
 #include "WindowsTable.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/Palette.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolIcon.h"
 

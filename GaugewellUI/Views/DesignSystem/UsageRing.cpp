@@ -1,6 +1,6 @@
 #include "UsageRing.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "Motion.h"
 #include "Palette.h"
 #include "WindowTexts.h"

@@ -1,6 +1,6 @@
 #include "WindowTexts.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
 #include "UsagePresentation/UsagePercentage.h"
 

@@ -1,7 +1,7 @@
 #include "OnboardingView.h"
 
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/Connections/ProviderConnectionBadge.h"
 #include "GaugewellUI/Views/Connections/ProviderConnectionButton.h"
 #include "GaugewellUI/Views/DesignSystem/GlassSurface.h"

@@ -1,6 +1,6 @@
 #include "OnboardingWindowController.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "OnboardingView.h"
 #include "Platform/SettingsKeys.h"
 

@@ -1,10 +1,10 @@
 #include "GeneralSettingsView.h"
 
-#include "GaugewellUI/Model/DiagnosticsReport.h"
-#include "GaugewellUI/Model/Localizable.h"
-#include "GaugewellUI/Model/LoginItemController.h"
+#include "GaugewellUI/Desktop/LoginItemController.h"
+#include "GaugewellUI/Diagnostics/DiagnosticsReport.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
-#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolLabel.h"
 #include "GaugewellUI/Views/DesignSystem/Typography.h"
 #include "SettingBinding.h"
@@ -248,7 +248,7 @@ void GeneralSettingsView::exportDiagnostics() {
     if (path.isEmpty()) {
         return; // cancelled: nothing changes
     }
-    const auto failed = writeDiagnosticsReport(path.toStdString(), model.diagnosticsReport());
+    const auto failed = writeDiagnosticsReport(path.toStdString(), diagnosticsReport(model));
     exportStatusLabel->setText(failed ? Localizable::tr("Diagnostics could not be exported.")
                                       : Localizable::tr("Diagnostics exported."));
 }

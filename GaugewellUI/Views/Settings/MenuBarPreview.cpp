@@ -1,6 +1,6 @@
 #include "MenuBarPreview.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/ProviderMarkImage.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolIcon.h"
 #include "GaugewellUI/Views/Tray/TrayIcon.h"

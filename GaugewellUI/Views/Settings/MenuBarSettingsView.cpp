@@ -1,7 +1,7 @@
 #include "MenuBarSettingsView.h"
 
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/Palette.h"
 #include "GaugewellUI/Views/Tray/TrayIcon.h"
 #include "MenuBarPreview.h"

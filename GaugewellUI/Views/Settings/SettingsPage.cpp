@@ -1,6 +1,6 @@
 #include "SettingsPage.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/GlassSurface.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolLabel.h"
 #include "GaugewellUI/Views/DesignSystem/Typography.h"

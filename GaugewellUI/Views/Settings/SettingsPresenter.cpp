@@ -1,6 +1,6 @@
 #include "SettingsPresenter.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "GaugewellUI/Model/ProviderViewState.h"
-#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
 #include "Platform/SettingsKeys.h"
 
 #include <QString>

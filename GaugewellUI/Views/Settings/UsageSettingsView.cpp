@@ -1,6 +1,6 @@
 #include "UsageSettingsView.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolIcon.h"
 #include "MenuBarSettingsView.h"
 #include "ProvidersSettingsView.h"

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "GaugewellUI/Model/ApplicationAction.h"
+#include "GaugewellUI/Desktop/ApplicationAction.h"
 #include "GeneralSettingsView.h"
 #include "UsagePresentation/ResetTimeFormatter.h"
 

@@ -1,6 +1,6 @@
 #include "CompactProviderCard.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/Connections/ProviderConnectionButton.h"
 #include "GaugewellUI/Views/DesignSystem/ProviderMark.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolLabel.h"

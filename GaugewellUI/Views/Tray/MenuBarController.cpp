@@ -1,7 +1,7 @@
 #include "MenuBarController.h"
 
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/Palette.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolIcon.h"
 #include "GaugewellUI/Views/DesignSystem/Typography.h"

@@ -1,6 +1,6 @@
 #include "PopoverPresenter.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/WindowTexts.h"
 #include "UsagePresentation/RelativeTimeFormatter.h"
 

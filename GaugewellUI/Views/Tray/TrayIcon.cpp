@@ -1,6 +1,6 @@
 #include "TrayIcon.h"
 
-#include "GaugewellUI/Model/Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/Palette.h"
 #include "UsagePresentation/UsagePercentage.h"
 

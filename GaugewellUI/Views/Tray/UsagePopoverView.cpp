@@ -1,8 +1,8 @@
 #include "UsagePopoverView.h"
 
 #include "CompactProviderCard.h"
-#include "GaugewellUI/Model/Localizable.h"
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolButton.h"
 #include "GaugewellUI/Views/DesignSystem/SymbolLabel.h"
 #include "GaugewellUI/Views/DesignSystem/Typography.h"

@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/DiagnosticsReport.h"
+#include "GaugewellUI/Diagnostics/DiagnosticsReport.h"
 
 #include <QTemporaryDir>
 #include <fstream>

@@ -1,6 +1,6 @@
 #include "UsageNotificationContent.h"
 
-#include "Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "UsageDomain/Uuid.h"
 #include "UsagePresentation/UsagePercentage.h"
 

@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/SanitizedProviderDiagnostics.h"
+#include "GaugewellUI/Diagnostics/SanitizedProviderDiagnostics.h"
 #include "ViewStateFixtures.h"
 
 #include <gtest/gtest.h>

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GaugewellUI/Model/UsageAppModel.h"
 #include "SanitizedProviderDiagnostics.h"
 
 #include <filesystem>
@@ -44,6 +45,11 @@ std::string currentSystemVersion(const std::vector<std::filesystem::path>& osRel
 // The report text for these providers with this environment's versions.
 std::string diagnosticsReport(const std::vector<SanitizedProviderDiagnostics>& providers, Date generatedAt,
                               const DiagnosticsReportEnvironment& environment);
+
+// The report of what the model holds now (no usage, no account data).
+std::string
+diagnosticsReport(const UsageAppModel& model,
+                  const DiagnosticsReportEnvironment& environment = DiagnosticsReportEnvironment::current());
 
 // Replaces `destination` with `text` atomically: a temporary file in the same folder, synced,
 // then renamed over it. On failure nothing is left behind and an existing file is untouched.

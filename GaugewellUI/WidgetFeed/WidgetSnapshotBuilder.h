@@ -1,6 +1,7 @@
 #pragma once
 
 #include "GaugewellUI/Model/ProviderViewState.h"
+#include "GaugewellUI/Model/UsageAppModel.h"
 #include "GaugewellWidgetSupport/WidgetUsageSnapshot.h"
 #include "ProviderKit/Authentication/ProviderConnectionState.h"
 
@@ -13,6 +14,9 @@ namespace gaugewell {
 
 // Turns the model's state into what the desktop widget shows. Pure: no refresh, no clock.
 namespace WidgetSnapshotBuilder {
+
+// What the model holds now.
+WidgetUsageSnapshot build(const UsageAppModel& model);
 
 // One entry per service, codex then claude, whatever the menu-bar settings. `updatedAt` is
 // `lastUpdatedAt`, or `now` before the first refresh has been published. A service without a

@@ -1,5 +1,5 @@
-#include "GaugewellUI/Model/DesktopApplicationService.h"
-#include "GaugewellUI/Model/RunningInstance.h"
+#include "GaugewellUI/Desktop/DesktopApplicationService.h"
+#include "GaugewellUI/Desktop/RunningInstance.h"
 #include "QtTestSupport.h"
 
 #include <QDBusMessage>

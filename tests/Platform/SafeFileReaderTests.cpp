@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/SafeFileReader.h"
+#include "Platform/SafeFileReader.h"
 #include "TemporaryDirectory.h"
 
 #include <grp.h>

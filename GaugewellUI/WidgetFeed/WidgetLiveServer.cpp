@@ -1,7 +1,7 @@
 #include "WidgetLiveServer.h"
 
+#include "GaugewellUI/Support/Logging.h"
 #include "GaugewellWidgetSupport/WidgetFeedEndpoint.h"
-#include "Logging.h"
 
 #include <QByteArrayView>
 #include <QHostAddress>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "UsageAppModel.h"
-#include "UsageNotificationController.h"
-#include "WidgetLiveServer.h"
+#include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
+#include "GaugewellUI/WidgetFeed/WidgetLiveServer.h"
 
 #include <functional>
 #include <memory>
@@ -17,7 +17,7 @@ class UserDefaults;
 // daemon` and the tray application both stand on it.
 class ApplicationCore {
 public:
-    using ModelFactory = std::function<std::unique_ptr<UsageAppModel>(UsageNotificationController*)>;
+    using ModelFactory = std::function<std::unique_ptr<UsageAppModel>(UsageAppModel::RefreshHooks)>;
 
     ApplicationCore(std::shared_ptr<UserDefaults> defaults,
                     std::shared_ptr<NotificationBackend> notificationBackend, const ModelFactory& makeModel,

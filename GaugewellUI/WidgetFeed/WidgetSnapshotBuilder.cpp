@@ -92,4 +92,8 @@ WidgetUsageSnapshot build(const std::vector<ProviderViewState>& providers,
     return WidgetUsageSnapshot(lastUpdatedAt.value_or(now), std::move(usages));
 }
 
+WidgetUsageSnapshot build(const UsageAppModel& model) {
+    return build(model.providers(), model.connectionStates(), model.lastUpdatedAt(), model.now());
+}
+
 } // namespace gaugewell::WidgetSnapshotBuilder

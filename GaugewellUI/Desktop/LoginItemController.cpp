@@ -1,9 +1,9 @@
 #include "LoginItemController.h"
 
 #include "AutostartEntry.h"
-#include "Localizable.h"
+#include "GaugewellUI/Support/Localizable.h"
 #include "Platform/AtomicFile.h"
-#include "SafeFileReader.h"
+#include "Platform/SafeFileReader.h"
 
 #include <QCoreApplication>
 #include <chrono>

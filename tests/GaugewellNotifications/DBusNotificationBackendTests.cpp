@@ -1,5 +1,5 @@
-#include "GaugewellUI/Model/DBusNotificationBackend.h"
-#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Notifications/DBusNotificationBackend.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
 #include "ProviderKit/Process/ChildProcess.h"

@@ -1,5 +1,5 @@
-#include "GaugewellUI/Model/AutostartEntry.h"
-#include "GaugewellUI/Model/LoginItemController.h"
+#include "GaugewellUI/Desktop/AutostartEntry.h"
+#include "GaugewellUI/Desktop/LoginItemController.h"
 #include "TemporaryDirectory.h"
 
 #include <cstdlib>

@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/UsageAlertEvaluator.h"
+#include "GaugewellUI/Notifications/UsageAlertEvaluator.h"
 #include "RecordFixtures.h"
 
 #include <gtest/gtest.h>

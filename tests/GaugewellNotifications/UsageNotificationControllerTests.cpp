@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/UsageNotificationController.h"
+#include "GaugewellUI/Notifications/UsageNotificationController.h"
 #include "Platform/InMemoryUserDefaults.h"
 #include "Platform/SettingsKeys.h"
 #include "QtTestSupport.h"

@@ -1,5 +1,5 @@
 #include "../GaugewellWidgetSupport/WidgetFeedSamples.h"
-#include "GaugewellUI/Model/WidgetLiveServer.h"
+#include "GaugewellUI/WidgetFeed/WidgetLiveServer.h"
 #include "GaugewellWidgetSupport/WidgetUsageLoader.h"
 #include "WidgetFeedTestSupport.h"
 

@@ -1,4 +1,4 @@
-#include "GaugewellUI/Model/WidgetSnapshotBuilder.h"
+#include "GaugewellUI/WidgetFeed/WidgetSnapshotBuilder.h"
 #include "ViewStateFixtures.h"
 
 #include <gtest/gtest.h>

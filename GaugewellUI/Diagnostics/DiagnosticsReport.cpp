@@ -1,7 +1,7 @@
 #include "DiagnosticsReport.h"
 
-#include "GaugewellUI/Model/SafeFileReader.h"
 #include "Platform/AtomicFile.h"
+#include "Platform/SafeFileReader.h"
 #include "UsageDomain/Uuid.h"
 
 #include <cerrno>
@@ -136,6 +136,15 @@ std::string currentSystemVersion(const std::vector<std::filesystem::path>& osRel
         }
     }
     return systemVersionText(prettyName, kernelRelease());
+}
+
+std::string diagnosticsReport(const UsageAppModel& model, const DiagnosticsReportEnvironment& environment) {
+    std::vector<SanitizedProviderDiagnostics> sanitized;
+    for (const auto& provider : model.providers()) {
+        sanitized.push_back(
+            SanitizedProviderDiagnostics::from(provider, model.connectionState(provider.service).status));
+    }
+    return diagnosticsReport(sanitized, model.now(), environment);
 }
 
 std::string diagnosticsReport(const std::vector<SanitizedProviderDiagnostics>& providers, Date generatedAt,
