@@ -82,7 +82,7 @@ void UsageAppModel::start() {
     didStart = true;
     auto permission = dependencies.hooks.beforeFirstRefresh ? dependencies.hooks.beforeFirstRefresh()
                                                             : QtFuture::makeReadyFuture();
-    permission.then(this, [this] {
+    continueOn(this, permission, [this] {
         refresh(RefreshTrigger::manual);
         tickTimer.start();
     });
@@ -115,36 +115,32 @@ QFuture<void> UsageAppModel::refresh(RefreshTrigger trigger) {
     for (const auto service : allProviderServices) {
         checks.append(runInBackground([authentication, service] { return authentication->status(service); }));
     }
-    return QtFuture::whenAll(checks.begin(), checks.end())
-        .then(this,
-              [this, coordinator, trigger](const QList<QFuture<ProviderConnectionState>>& answered) {
-                  for (const auto& answer : answered) {
-                      const auto state = answer.result();
-                      connectionStates_.insert_or_assign(state.service, state);
-                  }
-                  emit connectionStatesChanged();
-                  return runInBackground([coordinator, trigger] {
-                      auto summary = coordinator->refresh(trigger);
-                      std::vector<ProviderStateAssembler::SkippedProvider> skipped;
-                      for (const auto& id : summary.skippedProviderIDs()) {
-                          skipped.push_back({id, coordinator->nextAutomaticRefreshDate(id)});
-                      }
-                      return CollectedRefresh{std::move(summary), std::move(skipped)};
-                  });
-              })
-        .unwrap()
-        .then(this,
-              [this](CollectedRefresh collected) {
-                  publish(collected);
-                  return dependencies.hooks.afterPublish ? dependencies.hooks.afterPublish(providers_)
-                                                         : QtFuture::makeReadyFuture();
-              })
-        .unwrap()
-        .then(this, [this, trigger, elapsed] {
-            qCDebug(refreshLog).noquote()
-                << "refresh finished:" << logName(trigger) << elapsed.elapsed() << "ms";
-            finishRefresh();
-        });
+    const auto collected =
+        continueOn(this, QtFuture::whenAll(checks.begin(), checks.end()),
+                   [this, coordinator, trigger](const QList<QFuture<ProviderConnectionState>>& answered) {
+                       for (const auto& answer : answered) {
+                           const auto state = answer.result();
+                           connectionStates_.insert_or_assign(state.service, state);
+                       }
+                       emit connectionStatesChanged();
+                       return runInBackground([coordinator, trigger] {
+                           auto summary = coordinator->refresh(trigger);
+                           std::vector<ProviderStateAssembler::SkippedProvider> skipped;
+                           for (const auto& id : summary.skippedProviderIDs()) {
+                               skipped.push_back({id, coordinator->nextAutomaticRefreshDate(id)});
+                           }
+                           return CollectedRefresh{std::move(summary), std::move(skipped)};
+                       });
+                   });
+    const auto alerted = continueOn(this, collected, [this](const CollectedRefresh& refreshed) {
+        publish(refreshed);
+        return dependencies.hooks.afterPublish ? dependencies.hooks.afterPublish(providers_)
+                                               : QtFuture::makeReadyFuture();
+    });
+    return continueOn(this, alerted, [this, trigger, elapsed] {
+        qCDebug(refreshLog).noquote() << "refresh finished:" << logName(trigger) << elapsed.elapsed() << "ms";
+        finishRefresh();
+    });
 }
 
 void UsageAppModel::publish(const CollectedRefresh& collected) {
@@ -208,20 +204,19 @@ QFuture<void> UsageAppModel::connectService(ProviderService service) {
     setConnectionState({service, ProviderConnectionStatus::connecting,
                         Localizable::tr("Complete sign-in in your browser").toStdString()});
     const auto authentication = dependencies.authentication;
-    return runInBackground([authentication, service] { return authentication->login(service); })
-        .then(this,
-              [this](ProviderConnectionState state) {
-                  qCDebug(signInLog).noquote()
-                      << "sign-in ended:" << logName(state.service) << logName(state.status);
-                  setConnectionState(state);
-                  setAuthenticationAction(std::nullopt);
-                  if (state.isAuthenticated()) {
-                      return refresh(RefreshTrigger::manual);
-                  }
-                  rederive();
-                  return QtFuture::makeReadyFuture();
-              })
-        .unwrap();
+    return continueOn(this,
+                      runInBackground([authentication, service] { return authentication->login(service); }),
+                      [this](const ProviderConnectionState& state) {
+                          qCDebug(signInLog).noquote()
+                              << "sign-in ended:" << logName(state.service) << logName(state.status);
+                          setConnectionState(state);
+                          setAuthenticationAction(std::nullopt);
+                          if (state.isAuthenticated()) {
+                              return refresh(RefreshTrigger::manual);
+                          }
+                          rederive();
+                          return QtFuture::makeReadyFuture();
+                      });
 }
 
 void UsageAppModel::cancelSignIn() {
@@ -239,8 +234,9 @@ QFuture<void> UsageAppModel::disconnectService(ProviderService service) {
                         Localizable::tr("Disconnecting from Gaugewell").toStdString()});
     rederive();
     const auto authentication = dependencies.authentication;
-    return runInBackground([authentication, service] { return authentication->disconnect(service); })
-        .then(this, [this](ProviderConnectionState state) {
+    return continueOn(
+        this, runInBackground([authentication, service] { return authentication->disconnect(service); }),
+        [this](const ProviderConnectionState& state) {
             setConnectionState(state);
             setAuthenticationAction(std::nullopt);
         });

@@ -1,5 +1,6 @@
 #include "UsageNotificationController.h"
 
+#include "GaugewellUI/Support/BackgroundWork.h"
 #include "Platform/SettingsKeys.h"
 #include "UsageNotificationContent.h"
 
@@ -73,18 +74,19 @@ QFuture<void> UsageNotificationController::refreshPermission(bool mayRequest) {
         return finishedFuture();
     }
     auto done = startedPromise();
-    backend->authorization().then(this, [this, done, mayRequest](NotificationAuthorization authorization) {
-        const auto permission = permissionFor(authorization);
-        // A desktop notification service has no consent of its own to remember between launches: alerts
-        // switched on in an earlier run stand for the consent given then.
-        if (mayRequest && permission == UsageNotificationPermission::notRequested &&
-            defaults->boolValue(settingsKey::notificationsEnabled)) {
-            requestPermission().then(this, [done] { done->finish(); });
-            return;
-        }
-        setPermission(permission);
-        done->finish();
-    });
+    continueOn(this, backend->authorization(),
+               [this, done, mayRequest](NotificationAuthorization authorization) {
+                   const auto permission = permissionFor(authorization);
+                   // A desktop notification service has no consent of its own to remember between launches:
+                   // alerts switched on in an earlier run stand for the consent given then.
+                   if (mayRequest && permission == UsageNotificationPermission::notRequested &&
+                       defaults->boolValue(settingsKey::notificationsEnabled)) {
+                       continueOn(this, requestPermission(), [done] { done->finish(); });
+                       return;
+                   }
+                   setPermission(permission);
+                   done->finish();
+               });
     return done->future();
 }
 
@@ -94,8 +96,8 @@ QFuture<void> UsageNotificationController::requestPermission() {
         return finishedFuture();
     }
     auto done = startedPromise();
-    backend->requestAuthorization().then(this, [this, done](NotificationAuthorization) {
-        refreshPermission(false).then(this, [done] { done->finish(); });
+    continueOn(this, backend->requestAuthorization(), [this, done](NotificationAuthorization) {
+        continueOn(this, refreshPermission(false), [done] { done->finish(); });
     });
     return done->future();
 }
@@ -134,10 +136,10 @@ void UsageNotificationController::postInOrder(std::shared_ptr<std::vector<Notifi
         return;
     }
     // A refused request does not hold back the rest; the evaluation has already moved on.
-    backend->post((*requests)[index])
-        .then(this, [this, requests, index, done](std::optional<NotificationPostError>) {
-            postInOrder(requests, index + 1, done);
-        });
+    continueOn(this, backend->post((*requests)[index]),
+               [this, requests, index, done](const std::optional<NotificationPostError>&) {
+                   postInOrder(requests, index + 1, done);
+               });
 }
 
 void UsageNotificationController::setPermission(UsageNotificationPermission permission) {

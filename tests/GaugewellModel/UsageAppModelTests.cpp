@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <mutex>
+#include <thread>
 
 namespace gaugewell {
 namespace {
@@ -27,6 +28,9 @@ public:
     }
     ProviderCollectionResult collect(const UsageCollectionRequest& request) const noexcept override {
         ++collections;
+        while (held) {
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
         std::vector<UsageWindowSample> windows;
         if (!failing) {
             windows.push_back(UsageWindowSample(
@@ -44,6 +48,7 @@ public:
         return ProviderCollectionResult(descriptor_, request.observedAt(), windows, {}, diagnostics);
     }
     std::atomic<bool> failing{false};
+    std::atomic<bool> held{false};
     mutable std::atomic<int> collections{0};
 
 private:
@@ -192,6 +197,17 @@ TEST_F(UsageAppModelTest, SignOutShowsTheSignInPromptUntilTheNextRefresh) {
     EXPECT_EQ(codexState.availability, ProviderAvailability::authenticationRequired);
     EXPECT_TRUE(codexState.windows.empty());
     EXPECT_EQ(codexState.diagnostics[0].message(), "Sign in to access this account's usage.");
+}
+
+TEST_F(UsageAppModelTest, GoesAwayWhileARefreshIsInFlight) {
+    codex->held = true;
+    std::optional<bool> answer;
+    model().afterRefresh([&](bool refreshed) { answer = refreshed; });
+    ASSERT_TRUE(QTest::qWaitFor([this] { return codex->collections == 1; }, 5000));
+    instance.reset();
+    EXPECT_EQ(answer, false);
+    codex->held = false;
+    QTest::qWait(100); // the continuations find their context gone
 }
 
 TEST_F(UsageAppModelTest, AfterRefreshWaitsForAManualRefresh) {
