@@ -2,8 +2,8 @@
 // how many are served, how many fail, and the latency from connect to the server's close.
 
 #include "GaugewellUI/Model/UsageAppModel.h"
+#include "GaugewellUI/WidgetFeed/WidgetFeedSource.h"
 #include "GaugewellUI/WidgetFeed/WidgetLiveServer.h"
-#include "GaugewellUI/WidgetFeed/WidgetSnapshotBuilder.h"
 #include "Platform/InMemoryUserDefaults.h"
 
 #include <QCoreApplication>
@@ -187,13 +187,11 @@ void ConcurrentRequests(benchmark::State& state) {
     WidgetLiveServerOptions options; // the shipped idle timeout, on a free port
     options.port = port;
     options.maximumConnections = cap;
+    const auto feed = widgetFeedSource(model, std::chrono::seconds(0));
     WidgetLiveServer server(
         [&](WidgetLiveServer::SnapshotReply reply) {
             if (throughModel) {
-                // a refresh per burst, shared by its requests
-                model.afterRefresh([&model, reply = std::move(reply)](bool refreshed) {
-                    reply(refreshed ? std::optional(WidgetSnapshotBuilder::build(model)) : std::nullopt);
-                });
+                feed(std::move(reply)); // a refresh per burst, shared by its requests
             } else {
                 reply(snapshot());
             }

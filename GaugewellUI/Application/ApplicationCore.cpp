@@ -1,7 +1,7 @@
 #include "ApplicationCore.h"
 
 #include "GaugewellUI/Notifications/NotificationBackend.h"
-#include "GaugewellUI/WidgetFeed/WidgetSnapshotBuilder.h"
+#include "GaugewellUI/WidgetFeed/WidgetFeedSource.h"
 
 namespace gaugewell {
 
@@ -13,13 +13,7 @@ ApplicationCore::ApplicationCore(std::shared_ptr<UserDefaults> defaults,
                         [this](const std::vector<ProviderViewState>& providers) {
                             return notifications_.process(providers);
                         }}))
-    , widgetFeed_(
-          [this](WidgetLiveServer::SnapshotReply reply) {
-              model_->afterRefresh([this, reply = std::move(reply)](bool refreshed) {
-                  reply(refreshed ? std::optional(WidgetSnapshotBuilder::build(*model_)) : std::nullopt);
-              });
-          },
-          feedOptions) {}
+    , widgetFeed_(widgetFeedSource(*model_), feedOptions) {}
 
 ApplicationCore::~ApplicationCore() {
     stop();

@@ -172,10 +172,14 @@ void UsageAppModel::finishRefresh() {
     }
 }
 
-void UsageAppModel::afterRefresh(RefreshWaiter waiter) {
+void UsageAppModel::afterRecentRefresh(std::chrono::seconds maximumAge, RefreshWaiter waiter) {
+    if (!isRefreshing() && lastUpdatedAt_ && dependencies.now() - *lastUpdatedAt_ < maximumAge) {
+        waiter(true);
+        return;
+    }
     waiters.push_back(std::move(waiter));
     if (!isRefreshing()) {
-        refresh(RefreshTrigger::manual);
+        refresh(RefreshTrigger::scheduled);
     }
 }
 

@@ -76,8 +76,10 @@ public:
     QFuture<void> disconnectService(ProviderService service);
     // Ends a sign-in that waits for the browser; it then reports `failed`. Returns at once.
     void cancelSignIn();
-    // Runs a manual refresh unless one is running, and calls `waiter` once none is.
-    void afterRefresh(RefreshWaiter waiter);
+    // Calls `waiter` at once when the last refresh is younger than `maximumAge` and none runs;
+    // otherwise after the running refresh, or after a scheduled one, which leaves providers that
+    // are backing off alone.
+    void afterRecentRefresh(std::chrono::seconds maximumAge, RefreshWaiter waiter);
     Date now() const { return dependencies.now(); }
 
 signals:

@@ -202,7 +202,7 @@ TEST_F(UsageAppModelTest, SignOutShowsTheSignInPromptUntilTheNextRefresh) {
 TEST_F(UsageAppModelTest, GoesAwayWhileARefreshIsInFlight) {
     codex->held = true;
     std::optional<bool> answer;
-    model().afterRefresh([&](bool refreshed) { answer = refreshed; });
+    model().afterRecentRefresh(std::chrono::seconds(60), [&](bool refreshed) { answer = refreshed; });
     ASSERT_TRUE(QTest::qWaitFor([this] { return codex->collections == 1; }, 5000));
     instance.reset();
     EXPECT_EQ(answer, false);
@@ -210,14 +210,23 @@ TEST_F(UsageAppModelTest, GoesAwayWhileARefreshIsInFlight) {
     QTest::qWait(100); // the continuations find their context gone
 }
 
-TEST_F(UsageAppModelTest, AfterRefreshWaitsForAManualRefresh) {
-    std::optional<bool> answer;
-    model().afterRefresh([&](bool refreshed) { answer = refreshed; });
-    for (int spins = 0; !answer && spins < 1000; ++spins) {
-        testing::waitForSignal(&model(), &UsageAppModel::refreshingChanged, 100);
+// What the widget feed asks: a widget polling every second for 100 s costs at most two collections,
+// and none of a provider that is backing off.
+TEST_F(UsageAppModelTest, RecentRefreshesAreReusedAndBackoffIsKept) {
+    authentication->set(ProviderService::claude, Connection::signedIn, "Claude account");
+    codex->failing = true;
+    for (int failures = 0; failures < 3; ++failures) { // backing off for 120 s now
+        refresh(RefreshTrigger::manual);
     }
-    ASSERT_EQ(answer, true);
-    EXPECT_EQ(codex->collections, 1);
+    for (int second = 1; second <= 100; ++second) {
+        clock.advance(1);
+        std::optional<bool> answer;
+        model().afterRecentRefresh(std::chrono::seconds(60), [&](bool refreshed) { answer = refreshed; });
+        ASSERT_TRUE(QTest::qWaitFor([&] { return answer.has_value(); }, 5000));
+        EXPECT_TRUE(*answer);
+    }
+    EXPECT_EQ(codex->collections, 3);
+    EXPECT_EQ(claude->collections, 3 + 1);
 }
 
 TEST(ProviderStateAssembler, HistorySumsPerLocalDayAndSkipsDaysWithoutTotals) {
