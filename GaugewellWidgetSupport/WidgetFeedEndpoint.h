@@ -3,6 +3,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -22,9 +23,13 @@ struct WidgetFeedEndpoint {
     // http://127.0.0.1:<port>/widget/v1
     std::string url() const;
 
-    // The default endpoint, with the port taken from GAUGEWELL_WIDGET_PORT when that holds a
-    // port number (1-65535, digits only); tests point the loader at their own server this way.
-    static WidgetFeedEndpoint fromEnvironment();
+    static constexpr std::string_view invalidPortMessage =
+        "GAUGEWELL_WIDGET_PORT must be a port number from 1 to 65535";
+
+    // The default endpoint, with the port taken from GAUGEWELL_WIDGET_PORT when that is set (tests
+    // point the loader at their own server this way); absent when it is set to anything but a port
+    // number (1-65535, digits only), which is an error, never a silent fallback to the default.
+    static std::optional<WidgetFeedEndpoint> fromEnvironment();
 };
 
 } // namespace gaugewell

@@ -116,7 +116,7 @@ WidgetFetchResult fetchWidgetUsageSnapshot(const WidgetFeedEndpoint& endpoint) {
 }
 
 WidgetUsageLoader WidgetUsageLoader::live() {
-    return live(WidgetFeedEndpoint::fromEnvironment());
+    return live(WidgetFeedEndpoint{});
 }
 
 WidgetUsageLoader WidgetUsageLoader::live(WidgetFeedEndpoint endpoint) {

@@ -23,6 +23,11 @@ bool openSignInPage(const std::string& url) {
 int main(int argc, char** argv) {
     // A child that exits while we write to it must not take us down with it.
     std::signal(SIGPIPE, SIG_IGN);
+    const auto feedEndpoint = gaugewell::WidgetFeedEndpoint::fromEnvironment();
+    if (!feedEndpoint) {
+        std::cerr << "gaugewell: " << gaugewell::WidgetFeedEndpoint::invalidPortMessage << '\n';
+        return 2;
+    }
     if (argc == 1) {
         return gaugewell::runTrayApplication(argc, argv);
     }
@@ -54,7 +59,7 @@ int main(int argc, char** argv) {
             return std::make_unique<gaugewell::UsageAppModel>(gaugewell::UsageAppModel::Dependencies{
                 services.authentication, services.collectors, services.defaults, std::move(hooks)});
         },
-        [] { return gaugewell::WidgetUsageLoader::live().fetch(); },
+        [&] { return gaugewell::WidgetUsageLoader::live(*feedEndpoint).fetch(); },
         [](const std::optional<gaugewell::ApplicationRequest>& request) {
             // A bus connection needs an application object's event loop to answer on.
             static int qtArgc = 1;

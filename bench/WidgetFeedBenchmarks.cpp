@@ -187,11 +187,11 @@ void ConcurrentRequests(benchmark::State& state) {
     WidgetLiveServerOptions options; // the shipped idle timeout, on a free port
     options.port = port;
     options.maximumConnections = cap;
-    const auto feed = widgetFeedSource(model, std::chrono::seconds(0));
+    const auto feed = widgetFeedSource(model);
     WidgetLiveServer server(
         [&](WidgetLiveServer::SnapshotReply reply) {
             if (throughModel) {
-                feed(std::move(reply)); // a refresh per burst, shared by its requests
+                feed(std::move(reply)); // the shipped rule: at most one refresh a minute
             } else {
                 reply(snapshot());
             }
@@ -250,12 +250,14 @@ void ConcurrentRequests(benchmark::State& state) {
 }
 
 // Arguments: concurrent requests, connection cap (64 is the shipped one), and whether the snapshot
-// comes through the app model (a refresh of two instant providers) or straight from a fixed value.
+// comes through the app model (a refresh of two instant providers at most once a minute, as shipped)
+// or straight from a fixed value.
 BENCHMARK(ConcurrentRequests)
     ->ArgNames({"requests", "cap", "model"})
     ->Args({64, 64, 0})
     ->Args({500, 64, 0})
     ->Args({500, 64, 1})
+    ->Args({1000, 64, 0})
     ->UseManualTime()
     ->Unit(benchmark::kMillisecond)
     ->Iterations(20);

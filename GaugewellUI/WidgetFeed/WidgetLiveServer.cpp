@@ -4,14 +4,13 @@
 #include "GaugewellWidgetSupport/WidgetFeedEndpoint.h"
 
 #include <QByteArrayView>
-#include <QHostAddress>
 #include <QSocketNotifier>
-#include <QTcpServer>
 #include <QThread>
 #include <QTimer>
+#include <arpa/inet.h>
 #include <cerrno>
-#include <fcntl.h>
 #include <memory>
+#include <netinet/in.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -24,24 +23,34 @@ constexpr std::string_view requestPrefix = "GET /widget/v1 ";
 constexpr std::size_t maximumReceive = 4096;
 // A listener that ran out of descriptors stops accepting; this is when it tries again.
 constexpr std::chrono::milliseconds acceptRetryDelay{250};
-// Bursts beyond the connection cap wait in the kernel until a slot frees; with a short backlog the
-// kernel would drop handshakes instead and leave clients with connections nobody answers.
+// Bursts beyond the connection cap wait in the kernel until a slot frees (we stop accepting meanwhile);
+// with a short backlog the kernel would drop handshakes instead and leave clients unanswered.
 constexpr int listenBacklog = 1024;
 
-// Hands accepted descriptors over as they are, without a QTcpSocket: that one reads ahead, takes a
-// client's half-close for the end of the connection, and buffers what it is never asked for.
-class DescriptorListener : public QTcpServer {
-public:
-    DescriptorListener(std::function<void(int)> accept, QObject* parent)
-        : QTcpServer(parent)
-        , acceptDescriptor(std::move(accept)) {}
-
-protected:
-    void incomingConnection(qintptr descriptor) override { acceptDescriptor(static_cast<int>(descriptor)); }
-
-private:
-    std::function<void(int)> acceptDescriptor;
-};
+// A listening socket on 127.0.0.1 only, so that nothing listens on other interfaces; accepting is
+// ours (not QTcpServer's, which accepts the whole backlog at once and wraps each client in a socket
+// that reads ahead).
+int listenOnLoopback(std::uint16_t port, std::optional<WidgetLiveServerError>& error) {
+    const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+    if (descriptor < 0) {
+        error = WidgetLiveServerError::listenFailed;
+        return -1;
+    }
+    const int reuse = 1;
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &reuse, sizeof reuse) != 0 ||
+        ::bind(descriptor, reinterpret_cast<const sockaddr*>(&address), sizeof address) != 0 ||
+        ::listen(descriptor, listenBacklog) != 0) {
+        error =
+            errno == EADDRINUSE ? WidgetLiveServerError::addressInUse : WidgetLiveServerError::listenFailed;
+        ::close(descriptor);
+        return -1;
+    }
+    return descriptor;
+}
 
 } // namespace
 
@@ -159,7 +168,8 @@ bool isWidgetFeedRequest(std::string_view firstChunk) {
 
 WidgetLiveServerOptions WidgetLiveServerOptions::fromEnvironment() {
     WidgetLiveServerOptions options;
-    options.port = WidgetFeedEndpoint::fromEnvironment().port;
+    // `gaugewell` refuses an invalid GAUGEWELL_WIDGET_PORT before anything starts.
+    options.port = WidgetFeedEndpoint::fromEnvironment().value_or(WidgetFeedEndpoint{}).port;
     return options;
 }
 
@@ -176,72 +186,60 @@ WidgetLiveServer::~WidgetLiveServer() {
         delete connection;
     }
     connections.clear();
-    for (const int descriptor : waiting) {
-        ::close(descriptor);
-    }
-    waiting.clear();
-    delete listener;
+    stop();
 }
 
 bool WidgetLiveServer::isListening() const {
-    return listener != nullptr && listener->isListening();
+    return listenerDescriptor >= 0;
 }
 
 void WidgetLiveServer::start() {
     if (isListening()) {
         return;
     }
-    delete listener;
-    auto* server = new DescriptorListener([this](int descriptor) { accept(descriptor); }, this);
-    server->setListenBacklogSize(listenBacklog);
-    // Only the loopback address, so that nothing listens on other interfaces. Qt sets SO_REUSEADDR on
-    // the listening socket and accepts with close-on-exec.
-    if (!server->listen(QHostAddress::LocalHost, options.port)) {
-        lastError_ = server->serverError() == QAbstractSocket::AddressInUseError
-                         ? WidgetLiveServerError::addressInUse
-                         : WidgetLiveServerError::listenFailed;
+    lastError_.reset();
+    listenerDescriptor = listenOnLoopback(options.port, lastError_);
+    if (listenerDescriptor < 0) {
         qCInfo(widgetFeedLog).noquote() << "not listening:" << describe(*lastError_).data();
-        delete server;
         return;
     }
-    lastError_.reset();
-    listener = server;
-    qCDebug(widgetFeedLog).noquote() << "listening on 127.0.0.1 port" << server->serverPort();
-    // Out of descriptors, Qt pauses accepting for good; waiting clients stay in the backlog until the retry.
-    connect(server, &QTcpServer::acceptError, this, [server](QAbstractSocket::SocketError) {
-        QTimer::singleShot(acceptRetryDelay, server, [server] { server->resumeAccepting(); });
-    });
+    qCDebug(widgetFeedLog).noquote() << "listening on 127.0.0.1 port" << options.port;
+    listener = new QSocketNotifier(listenerDescriptor, QSocketNotifier::Read, this);
+    connect(listener, &QSocketNotifier::activated, this, &WidgetLiveServer::acceptWaiting);
 }
 
 void WidgetLiveServer::stop() {
-    if (listener != nullptr) {
+    if (isListening()) {
         qCDebug(widgetFeedLog).noquote() << "stopped listening";
-        listener->close();
-        listener->deleteLater();
-        listener = nullptr;
+        delete listener;
+        ::close(listenerDescriptor);
+        listenerDescriptor = -1;
     }
 }
 
-void WidgetLiveServer::accept(int descriptor) {
-    const int flags = ::fcntl(descriptor, F_GETFL);
-    if (flags < 0 || ::fcntl(descriptor, F_SETFL, flags | O_NONBLOCK) != 0) {
-        ::close(descriptor);
-        return;
-    }
-    if (connections.size() >= options.maximumConnections) {
-        // Qt drains the whole backlog in one go, pause or not: the excess waits here, bounded.
-        if (waiting.size() >= options.maximumWaiting) {
-            qCDebug(widgetFeedLog).noquote() << "connection refused: the waiting list is full";
-            ::close(descriptor);
+void WidgetLiveServer::acceptWaiting() {
+    while (connections.size() < options.maximumConnections) {
+        const int descriptor = ::accept4(listenerDescriptor, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+        if (descriptor >= 0) {
+            serve(descriptor);
+        } else if (errno == EINTR || errno == ECONNABORTED) {
+            continue;
+        } else if (errno == EAGAIN || errno == EWOULDBLOCK) {
+            return; // nobody else is waiting
         } else {
-            waiting.push_back(descriptor);
+            // Out of descriptors or memory: the clients wait in the backlog until the retry.
+            listener->setEnabled(false);
+            QTimer::singleShot(acceptRetryDelay, listener, [this] { resumeAccepting(); });
+            return;
         }
-        if (listener != nullptr) {
-            listener->pauseAccepting(); // the rest stays in the kernel's backlog
-        }
-        return;
     }
-    serve(descriptor);
+    listener->setEnabled(false); // the rest waits in the kernel's backlog until a slot frees
+}
+
+void WidgetLiveServer::resumeAccepting() {
+    if (isListening() && connections.size() < options.maximumConnections) {
+        listener->setEnabled(true);
+    }
 }
 
 void WidgetLiveServer::serve(int descriptor) {
@@ -249,14 +247,7 @@ void WidgetLiveServer::serve(int descriptor) {
     connections.insert(connection);
     connect(connection, &QObject::destroyed, this, [this, connection] {
         connections.erase(connection);
-        while (connections.size() < options.maximumConnections && !waiting.empty()) {
-            const int next = waiting.front();
-            waiting.pop_front();
-            serve(next);
-        }
-        if (listener != nullptr && connections.size() < options.maximumConnections && waiting.empty()) {
-            listener->resumeAccepting();
-        }
+        resumeAccepting();
     });
 }
 

@@ -8,14 +8,13 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_set>
 
-class QTcpServer;
+class QSocketNotifier;
 
 namespace gaugewell {
 
@@ -43,12 +42,10 @@ struct WidgetLiveServerOptions {
     // whose collections have their own deadlines, and the connection keeps its slot until then even if
     // the client has gone (nothing after the first chunk is read, so nothing notices).
     std::chrono::milliseconds idleTimeout{5000};
-    // At most this many connections are served at once; a burst beyond it waits, accepted but untouched,
-    // and then in the listen backlog (1024, accepting paused), and is served in turn. An accept that
-    // fails for want of descriptors is retried after a moment instead of ending the feed.
+    // At most this many connections are served at once; a burst beyond it waits in the listen backlog
+    // (1024; accepting pauses meanwhile) and is served in turn. An accept that fails for want of
+    // descriptors is retried after a moment instead of ending the feed.
     std::size_t maximumConnections = 64;
-    // Accepted clients that wait for a slot; beyond these, a client is closed at once.
-    std::size_t maximumWaiting = 512;
 
     // The defaults, with the port from GAUGEWELL_WIDGET_PORT when that holds a valid port number.
     static WidgetLiveServerOptions fromEnvironment();
@@ -86,16 +83,17 @@ public:
 private:
     class Connection;
 
-    void accept(int descriptor);
+    void acceptWaiting();
+    void resumeAccepting();
     void serve(int descriptor);
     void receive(Connection* connection, std::string_view firstChunk);
 
     SnapshotSource source;
     WidgetLiveServerOptions options;
-    QPointer<QTcpServer> listener;
+    int listenerDescriptor = -1;
+    QSocketNotifier* listener = nullptr; // present while listening
     std::optional<WidgetLiveServerError> lastError_;
     std::unordered_set<Connection*> connections;
-    std::deque<int> waiting; // accepted beyond the cap, served in turn
 };
 
 } // namespace gaugewell

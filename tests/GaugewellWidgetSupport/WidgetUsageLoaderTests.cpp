@@ -119,16 +119,16 @@ protected:
     void TearDown() override { ::unsetenv("GAUGEWELL_WIDGET_PORT"); }
 };
 
-TEST_F(WidgetFeedEnvironment, OnlyAPortNumberOverridesTheDefaultEndpoint) {
+TEST_F(WidgetFeedEnvironment, APortNumberOverridesTheDefaultEndpointAndAnythingElseIsRefused) {
     ::unsetenv("GAUGEWELL_WIDGET_PORT");
-    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment().url(), "http://127.0.0.1:47392/widget/v1");
-    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment().timeout, 14s);
-    for (const char* text : {"", "0", "65536", "+80", "80x"}) {
+    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment()->url(), "http://127.0.0.1:47392/widget/v1");
+    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment()->timeout, 14s);
+    for (const char* text : {"", "banana", "0", "65536", "70000", "+80", "80x", "-1"}) {
         ::setenv("GAUGEWELL_WIDGET_PORT", text, 1);
-        EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment().port, 47392) << '"' << text << '"';
+        EXPECT_FALSE(WidgetFeedEndpoint::fromEnvironment()) << '"' << text << '"';
     }
     ::setenv("GAUGEWELL_WIDGET_PORT", "65535", 1);
-    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment().port, 65535);
+    EXPECT_EQ(WidgetFeedEndpoint::fromEnvironment()->port, 65535);
 }
 
 } // namespace
