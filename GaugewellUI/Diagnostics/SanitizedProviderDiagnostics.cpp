@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdio>
 #include <memory>
+#include <regex>
 #include <set>
 #include <unicode/brkiter.h>
 #include <unicode/uchar.h>
@@ -75,39 +76,6 @@ icu::UnicodeString prefix(const icu::UnicodeString& text, std::size_t maximumCha
     return icu::UnicodeString(text, 0, end);
 }
 
-std::size_t characterCount(const icu::UnicodeString& text) {
-    const auto breaks = characterBreaks(text);
-    if (!breaks) {
-        return static_cast<std::size_t>(text.countChar32());
-    }
-    std::size_t count = 0;
-    while (breaks->next() != icu::BreakIterator::DONE) {
-        ++count;
-    }
-    return count;
-}
-
-bool isAllowedInSourceVersion(UChar32 character) {
-    switch (character) {
-    case ' ':
-    case '.':
-    case '_':
-    case '(':
-    case ')':
-    case '+':
-    case '-':
-        return true;
-    default:
-        break;
-    }
-    // Letters, marks and numbers: the platform's alphanumeric set.
-    return (U_GET_GC_MASK(character) & (U_GC_L_MASK | U_GC_M_MASK | U_GC_N_MASK)) != 0;
-}
-
-bool containsLineBreak(const icu::UnicodeString& text) {
-    return text.indexOf(u'\r') >= 0 || text.indexOf(u'\n') >= 0;
-}
-
 } // namespace
 
 SanitizedProviderDiagnostics SanitizedProviderDiagnostics::from(const ProviderViewState& provider,
@@ -137,21 +105,16 @@ std::string SanitizedProviderDiagnostics::flattened(std::string_view text) {
     return utf8(prefix(trimmed(line), maximumValueCharacters));
 }
 
-bool SanitizedProviderDiagnostics::isReportableSourceVersion(std::string_view version) {
-    // A break inside the value (not just around it) means it was never a bare version string.
-    if (containsLineBreak(trimmed(unicode(version)))) {
-        return false;
+std::optional<std::string> SanitizedProviderDiagnostics::versionNumber(std::string_view versionText) {
+    // Dotted numbers with an optional pre-release or build suffix, as tools print them.
+    static const std::regex number(
+        R"((^|[^0-9A-Za-z.])v?([0-9]+(\.[0-9]+)+([-+][0-9A-Za-z]+(\.[0-9A-Za-z]+)*)?)(?![0-9A-Za-z]))");
+    std::match_results<std::string_view::const_iterator> match;
+    if (!std::regex_search(versionText.begin(), versionText.end(), match, number) ||
+        match[2].length() > static_cast<std::ptrdiff_t>(maximumSourceVersionCharacters)) {
+        return std::nullopt;
     }
-    const icu::UnicodeString flat = unicode(flattened(version));
-    if (flat.isEmpty() || characterCount(flat) > maximumSourceVersionCharacters) {
-        return false;
-    }
-    for (int32_t index = 0; index < flat.length(); index = flat.moveIndex32(index, 1)) {
-        if (!isAllowedInSourceVersion(flat.char32At(index))) {
-            return false;
-        }
-    }
-    return true;
+    return match[2].str();
 }
 
 std::string iso8601Text(Date date) {
@@ -189,11 +152,15 @@ std::string SanitizedProviderDiagnostics::report(std::vector<SanitizedProviderDi
         line("[" + flattened(provider.name) + "]");
         line("Connection: " + std::string(rawValue(provider.connectionStatus)));
         line("Availability: " + std::string(rawValue(provider.availability)));
-        std::string versions;
+        std::set<std::string> numbers;
         for (const auto& version : provider.sourceVersions) {
-            if (isReportableSourceVersion(version)) {
-                versions += (versions.empty() ? "" : ", ") + flattened(version);
+            if (auto number = versionNumber(version)) {
+                numbers.insert(std::move(*number));
             }
+        }
+        std::string versions;
+        for (const auto& number : numbers) {
+            versions += (versions.empty() ? "" : ", ") + number;
         }
         line("Source version: " + (versions.empty() ? std::string("unavailable") : versions));
         if (provider.diagnostics.empty()) {

@@ -22,7 +22,7 @@ struct SanitizedProviderDiagnostics {
     std::vector<ProviderDiagnostic> diagnostics;
 
     static constexpr std::size_t maximumValueCharacters = 160;
-    static constexpr std::size_t maximumSourceVersionCharacters = 80;
+    static constexpr std::size_t maximumSourceVersionCharacters = 40;
 
     // The view state's availability and diagnostics, and the source versions of its windows and buckets.
     static SanitizedProviderDiagnostics from(const ProviderViewState& provider,
@@ -35,8 +35,9 @@ struct SanitizedProviderDiagnostics {
 
     // One line: line breaks become spaces, surrounding white space goes, at most 160 characters.
     static std::string flattened(std::string_view text);
-    // Whether a source version may appear in the report.
-    static bool isReportableSourceVersion(std::string_view version);
+    // The version number in a tool's version text ("0.169.0" of "codex-cli 0.169.0"), the only part
+    // of it the report shows; absent when there is none.
+    static std::optional<std::string> versionNumber(std::string_view versionText);
 
     bool operator==(const SanitizedProviderDiagnostics&) const = default;
 };

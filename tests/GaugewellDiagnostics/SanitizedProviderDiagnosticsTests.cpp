@@ -32,8 +32,8 @@ std::string report(std::vector<SanitizedProviderDiagnostics> providers) {
 
 TEST(SanitizedProviderDiagnostics, ProvidersAreSortedByNameWithCodesSortedButNeverMessages) {
     EXPECT_EQ(report({}), header);
-    // Names and versions are flattened; only version-like values are shown.
-    auto codex = provider("Codex", {"/home/user/.codex/bin/codex", "0.46.0", "  1.2_3\n"},
+    // Names are flattened; of versions only the numbers are shown.
+    auto codex = provider("Codex", {"/home/user/.codex/bin/codex", "codex-cli 0.46.0", "  1.2.3-rc.1\n"},
                           {ProviderDiagnostic(DiagnosticSeverity::warning, "codex.no_usage_windows",
                                               "secret-looking message /home/user"),
                            ProviderDiagnostic(DiagnosticSeverity::info, "a.code\nsecond line", "m")});
@@ -47,7 +47,7 @@ TEST(SanitizedProviderDiagnostics, ProvidersAreSortedByNameWithCodesSortedButNev
                                                                  "\n[Codex]\n"
                                                                  "Connection: failed\n"
                                                                  "Availability: temporarilyUnavailable\n"
-                                                                 "Source version: 0.46.0, 1.2_3\n"
+                                                                 "Source version: 0.46.0, 1.2.3-rc.1\n"
                                                                  "Diagnostics:\n"
                                                                  "- info: a.code second line\n"
                                                                  "- warning: codex.no_usage_windows\n");
@@ -65,20 +65,22 @@ TEST(SanitizedProviderDiagnostics, FlatteningGivesOneTrimmedLineOfAtMost160Chara
     }
 }
 
-TEST(SanitizedProviderDiagnostics, OnlyVersionLikeStringsOfAtMost80CharactersAreReportable) {
-    const std::pair<std::string, bool> cases[] = {
-        {"v1.2_3 (rc+4)-x", true},
-        {"\u0432\u0435\u0440\u0441\u0438\u044f \u0663", true}, // non-Latin letters and digits
-        {std::string(80, 'a'), true},
-        {std::string(81, 'a'), false},
-        {"  " + std::string(80, 'a') + "\n", true}, // eighty after trimming
-        {"", false},
-        {"user@example.com", false},
-        {"0.46\n0", false},
+TEST(SanitizedProviderDiagnostics, OnlyTheVersionNumberOfAToolsVersionTextIsReported) {
+    const std::pair<std::string, std::optional<std::string>> cases[] = {
+        {"codex-cli 0.169.0", "0.169.0"},
+        {"codex-cli 0.170.0-alpha.2\nextra output", "0.170.0-alpha.2"},
+        {"v1.2 (build 7)", "1.2"},
+        {"0.46", "0.46"},
+        {"/home/user/.codex/bin/codex", std::nullopt},
+        {"user@example.com", std::nullopt},
+        {"release 7", std::nullopt},
+        {"x1.2.3", std::nullopt},
+        {"1." + std::string(50, '1'), std::nullopt},
+        {"", std::nullopt},
     };
-    for (const auto& [version, reportable] : cases) {
-        EXPECT_EQ(SanitizedProviderDiagnostics::isReportableSourceVersion(version), reportable)
-            << ::testing::PrintToString(version);
+    for (const auto& [text, number] : cases) {
+        EXPECT_EQ(SanitizedProviderDiagnostics::versionNumber(text), number)
+            << ::testing::PrintToString(text);
     }
 }
 
