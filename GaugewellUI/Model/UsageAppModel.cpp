@@ -37,8 +37,18 @@ UsageAppModel::UsageAppModel(Dependencies dependencies, QObject* parent)
                                   ProviderConnectionState{service, ProviderConnectionStatus::checking,
                                                           Localizable::tr("Checking sign-in").toStdString()});
     }
-    tickTimer.setInterval(this->dependencies.tick);
-    QObject::connect(&tickTimer, &QTimer::timeout, this, [this] { refreshIfDue(); });
+    QObject::connect(&refreshTimer, &SuspendAwareTimer::timeout, this, [this] {
+        refreshIfDue();
+        if (!isRefreshing()) {
+            scheduleNextRefresh(); // not due yet: the clock moved, or the wait was capped
+        }
+    });
+    intervalSettings = this->dependencies.defaults->observe([this](const std::string& key) {
+        if (key.empty() || key == settingsKey::refreshActiveSeconds ||
+            key == settingsKey::refreshIdleSeconds) {
+            QMetaObject::invokeMethod(this, &UsageAppModel::scheduleNextRefresh, Qt::QueuedConnection);
+        }
+    });
 }
 
 UsageAppModel::~UsageAppModel() {
@@ -82,10 +92,27 @@ void UsageAppModel::start() {
     didStart = true;
     auto permission = dependencies.hooks.beforeFirstRefresh ? dependencies.hooks.beforeFirstRefresh()
                                                             : QtFuture::makeReadyFuture();
-    continueOn(this, permission, [this] {
-        refresh(RefreshTrigger::manual);
-        tickTimer.start();
-    });
+    continueOn(this, permission, [this] { refresh(RefreshTrigger::manual); });
+}
+
+void UsageAppModel::setInteractive(bool value) {
+    if (interactive != value) {
+        interactive = value;
+        scheduleNextRefresh();
+    }
+}
+
+void UsageAppModel::scheduleNextRefresh() {
+    if (!didStart || isRefreshing()) {
+        return; // the refresh re-arms the timer when it finishes
+    }
+    using std::chrono::milliseconds;
+    auto wait = milliseconds(0);
+    if (lastUpdatedAt_) {
+        wait = std::chrono::duration_cast<milliseconds>(*lastUpdatedAt_ + refreshInterval() -
+                                                        dependencies.now());
+    }
+    refreshTimer.start(std::clamp(wait, milliseconds(0), dependencies.maximumSleep));
 }
 
 QFuture<void> UsageAppModel::refreshIfDue() {
@@ -165,6 +192,7 @@ void UsageAppModel::publish(const CollectedRefresh& collected) {
 
 void UsageAppModel::finishRefresh() {
     if (--refreshesRunning == 0) {
+        scheduleNextRefresh();
         emit refreshingChanged();
         for (auto& waiter : std::exchange(waiters, {})) {
             waiter(true);

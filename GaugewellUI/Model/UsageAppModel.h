@@ -1,5 +1,6 @@
 #pragma once
 
+#include "GaugewellUI/Support/SuspendAwareTimer.h"
 #include "Platform/UserDefaults.h"
 #include "ProviderKit/Authentication/ProviderAuthenticating.h"
 #include "ProviderStateAssembler.h"
@@ -9,7 +10,6 @@
 
 #include <QFuture>
 #include <QObject>
-#include <QTimer>
 #include <chrono>
 #include <functional>
 #include <map>
@@ -19,8 +19,8 @@
 
 namespace gaugewell {
 
-// The one object the interface reads: it refreshes (at start, on a 15-second tick against the
-// configured interval, on demand), signs in and out, and publishes one view state per service
+// The one object the interface reads: it refreshes (at start, whenever the configured interval has
+// passed, on demand), signs in and out, and publishes one view state per service
 // and the daily token history. Lives on the main thread; blocking work runs on threads of its
 // own and continues here.
 class UsageAppModel : public QObject {
@@ -39,7 +39,9 @@ public:
         std::shared_ptr<UserDefaults> defaults;
         RefreshHooks hooks{};
         std::function<Date()> now = [] { return std::chrono::system_clock::now(); };
-        std::chrono::milliseconds tick{std::chrono::seconds(15)};
+        // The longest the model sleeps without looking whether a refresh is due: a timer is armed for
+        // the moment the interval runs out, and this bounds it against clock changes.
+        std::chrono::milliseconds maximumSleep{std::chrono::hours(1)};
         RefreshBackoffPolicy backoffPolicy{30, 1800};
     };
     // Called when no refresh runs any more; false when the model went away first.
@@ -62,12 +64,12 @@ public:
 
     // Whether the user is looking (popover or a window open): refreshes come more often then.
     bool isInteractive() const { return interactive; }
-    void setInteractive(bool value) { interactive = value; }
+    void setInteractive(bool value);
     // The automatic refresh interval now, from "advanced.refreshActiveSeconds" or
     // "advanced.refreshIdleSeconds": never below 120 s.
     std::chrono::seconds refreshInterval() const;
 
-    // Once: the notification permission, a manual refresh, then the tick.
+    // Once: the notification permission, a manual refresh, then a refresh whenever one is due.
     void start();
     QFuture<void> refresh(RefreshTrigger trigger);
     QFuture<void> refreshIfDue();
@@ -99,10 +101,13 @@ private:
     void setAuthenticationAction(std::optional<ProviderService> service);
     void setConnectionState(const ProviderConnectionState& state);
     void rederive();
+    // Arms the timer for the moment the next scheduled refresh is due.
+    void scheduleNextRefresh();
 
     Dependencies dependencies;
     std::shared_ptr<RefreshCoordinator> coordinator;
-    QTimer tickTimer;
+    SuspendAwareTimer refreshTimer;
+    UserDefaults::Subscription intervalSettings;
     bool didStart = false;
     bool interactive = false;
     int refreshesRunning = 0;

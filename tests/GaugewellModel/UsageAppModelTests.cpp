@@ -91,7 +91,7 @@ protected:
     std::unique_ptr<UsageAppModel> instance;
 };
 
-TEST_F(UsageAppModelTest, StartRefreshesAtOnceAndThenWheneverTheTickFindsARefreshDue) {
+TEST_F(UsageAppModelTest, StartRefreshesAtOnceAndThenWheneverARefreshIsDue) {
     instance = std::make_unique<UsageAppModel>(UsageAppModel::Dependencies{authentication,
                                                                            {codex, claude},
                                                                            defaults,
@@ -104,6 +104,24 @@ TEST_F(UsageAppModelTest, StartRefreshesAtOnceAndThenWheneverTheTickFindsARefres
     EXPECT_EQ(codex->collections, 1) << "not due yet";
     clock.advance(11 * 60);
     EXPECT_TRUE(QTest::qWaitFor([this] { return codex->collections == 2 && !model().isRefreshing(); }, 5000));
+}
+
+// The timer is armed for the moment the interval runs out; a shorter interval re-arms it at once.
+TEST_F(UsageAppModelTest, AShorterIntervalThatMakesARefreshDueRefreshesAtOnce) {
+    model().start();
+    ASSERT_TRUE(QTest::qWaitFor([this] { return codex->collections == 1 && !model().isRefreshing(); }, 5000));
+    clock.advance(130); // due while interactive (120 s), not while idle (600 s)
+    QTest::qWait(50);
+    EXPECT_EQ(codex->collections, 1);
+    model().setInteractive(true);
+    ASSERT_TRUE(QTest::qWaitFor([this] { return codex->collections == 2 && !model().isRefreshing(); }, 5000));
+
+    model().setInteractive(false);
+    clock.advance(130);
+    QTest::qWait(50);
+    EXPECT_EQ(codex->collections, 2);
+    defaults->set("advanced.refreshIdleSeconds", 120.0);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return codex->collections == 3; }, 5000));
 }
 
 TEST_F(UsageAppModelTest, RefreshIntervalsNeverGoBelowTwoMinutes) {
