@@ -9,9 +9,10 @@ namespace gaugewell {
 
 namespace {
 
-ProviderCollectionResult failure(const UsageCollectionRequest& request, ClaudeUsageIssue issue) {
+ProviderCollectionResult failure(const UsageCollectionRequest& request, ClaudeUsageIssue issue,
+                                 std::optional<Date> retryNotBefore = std::nullopt) {
     return ProviderCollectionResult(claudeProviderDescriptor(), request.observedAt(), {}, {},
-                                    {claudeDiagnostic(issue)});
+                                    {claudeDiagnostic(issue)}, retryNotBefore);
 }
 
 ClaudeUsageIssue issueFor(ClaudeOAuthError error) {
@@ -98,7 +99,9 @@ ProviderCollectionResult ClaudeUsageProvider::collectOrThrow(const UsageCollecti
     case 403:
         return failure(request, ClaudeUsageIssue::authorizationRejected);
     case 429:
-        return failure(request, ClaudeUsageIssue::rateLimited);
+        return failure(request, ClaudeUsageIssue::rateLimited,
+                       response->retryAfter ? retryAfterDate(*response->retryAfter, request.observedAt())
+                                            : std::nullopt);
     default:
         return failure(request, ClaudeUsageIssue::httpError);
     }

@@ -100,8 +100,11 @@ void RefreshCoordinator::applyBackoff(const RefreshSummary& summary) {
             existing == backoffByProviderID.end() ? 0 : existing->second.failureCount;
         const std::int64_t failures =
             previous == std::numeric_limits<std::int64_t>::max() ? previous : previous + 1;
-        backoffByProviderID[outcome.providerID()] =
-            BackoffState{failures, addingSeconds(summary.startedAt(), backoffPolicy.delayAfter(failures))};
+        Date next = addingSeconds(summary.startedAt(), backoffPolicy.delayAfter(failures));
+        if (const auto& asked = outcome.collection().retryNotBefore(); asked && *asked > next) {
+            next = *asked; // the service's own Retry-After outlasts our backoff
+        }
+        backoffByProviderID[outcome.providerID()] = BackoffState{failures, next};
     }
 }
 

@@ -173,7 +173,13 @@ Expected<HttpResponse, HttpClientError> CurlHttpClient::send(const HttpRequest& 
     if (curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &status) != CURLE_OK || status < 100) {
         return unexpected(HttpClientError::invalidResponse);
     }
-    return HttpResponse{status, std::move(sink.body)};
+    HttpResponse response{status, std::move(sink.body), std::nullopt};
+    curl_header* retryAfter = nullptr;
+    if (curl_easy_header(handle, "Retry-After", 0, CURLH_HEADER, -1, &retryAfter) == CURLHE_OK &&
+        retryAfter != nullptr) {
+        response.retryAfter = std::string(retryAfter->value);
+    }
+    return response;
 }
 
 } // namespace gaugewell

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "UsageDomain/Date.h"
 #include "UsageDomain/Expected.h"
 
 #include <chrono>
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -23,7 +25,13 @@ struct HttpRequest {
 struct HttpResponse {
     long status = 0;
     std::string body;
+    // The Retry-After header as sent, when there was one (rate limits, maintenance).
+    std::optional<std::string> retryAfter;
 };
+
+// When a Retry-After value (delta seconds, or an HTTP date) received at `now` lets the client try again;
+// absent when the value is neither. Never more than a day ahead, so a wrong date cannot silence a service.
+std::optional<Date> retryAfterDate(std::string_view value, Date now);
 
 enum class HttpClientError {
     invalidURL,       // not an absolute http(s) URL

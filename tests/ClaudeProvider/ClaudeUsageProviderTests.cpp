@@ -117,6 +117,15 @@ TEST_F(ClaudeUsageProviderTest, EveryFailureIsOneFixedDiagnostic) {
     EXPECT_EQ(tokens->tokenRequests, static_cast<int>(std::size(cases))); // asked again for every collection
 }
 
+TEST_F(ClaudeUsageProviderTest, ARateLimitCarriesTheServicesRetryAfter) {
+    fake.setUsage(429, "{}", {{"Retry-After", "600"}});
+    const auto limited = collect();
+    expectSingleError(limited, ClaudeUsageIssue::rateLimited);
+    EXPECT_EQ(limited.retryNotBefore(), addingSeconds(observed, 600));
+    fake.setUsage(429, "{}", {{"Retry-After", "whenever"}});
+    EXPECT_FALSE(collect().retryNotBefore().has_value());
+}
+
 TEST_F(ClaudeUsageProviderTest, TransportFailuresAreOneFixedDiagnostic) {
     const RawSocketServer notHttp("SSH-2.0-OpenSSH_9.2\r\n\r\n");
     expectSingleError(collect(notHttp.baseURL()), ClaudeUsageIssue::invalidResponse);

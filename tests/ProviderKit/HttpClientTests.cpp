@@ -42,6 +42,25 @@ TEST_F(CurlHttpClientTest, LargeBodyGoesWholeWithoutExpect) {
     EXPECT_FALSE(recorded[0].has_header("Expect"));
 }
 
+TEST(RetryAfter, SecondsOrAnHttpDateWithinADay) {
+    const Date now = dateFromUnixSeconds(1'795'360'000); // Sun, 22 Nov 2026 15:06:40 GMT
+    const std::pair<std::string, std::optional<Date>> cases[] = {
+        {"120", addingSeconds(now, 120)},
+        {" 0 ", now},
+        {"99999999999", addingSeconds(now, 86400)},
+        {"Sun, 22 Nov 2026 16:06:40 GMT", addingSeconds(now, 3600)},
+        {"Wed, 21 Oct 2015 07:28:00 GMT", now}, // in the past: at once
+        {"Mon, 22 Nov 2027 14:06:40 GMT", addingSeconds(now, 86400)},
+        {"-5", std::nullopt},
+        {"1.5", std::nullopt},
+        {"soon", std::nullopt},
+        {"", std::nullopt},
+    };
+    for (const auto& [value, expected] : cases) {
+        EXPECT_EQ(retryAfterDate(value, now), expected) << '"' << value << '"';
+    }
+}
+
 TEST_F(CurlHttpClientTest, BodiesOverTheCapAreRefused) {
     server.route("/big", HttpAnswer{200, std::string(100'000, 'a')});
     auto big = request("/big");

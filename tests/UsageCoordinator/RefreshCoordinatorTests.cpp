@@ -67,10 +67,16 @@ public:
         if (severity) {
             diagnostics.emplace_back(*severity, "fake.finding", "Something happened.");
         }
-        return ProviderCollectionResult(descriptor_, request.observedAt(), {}, {}, diagnostics);
+        std::optional<Date> retryNotBefore;
+        if (retryAfterSeconds) {
+            retryNotBefore = addingSeconds(request.observedAt(), *retryAfterSeconds);
+        }
+        return ProviderCollectionResult(descriptor_, request.observedAt(), {}, {}, diagnostics,
+                                        retryNotBefore);
     }
 
     std::optional<DiagnosticSeverity> severity;
+    std::optional<double> retryAfterSeconds;
     Signal* started = nullptr;
     Signal* gate = nullptr;
     Signal* finished = nullptr;
@@ -208,6 +214,17 @@ TEST_F(RefreshCoordinatorTest, BackoffHoldsScheduledRefreshesUntilItsDateInclusi
     EXPECT_EQ(codex->collections, 4);
     // The fourth failure doubles the wait again.
     EXPECT_EQ(coordinator->nextAutomaticRefreshDate(codexID), addingSeconds(due.startedAt(), 240));
+}
+
+TEST_F(RefreshCoordinatorTest, AServicesRetryAfterOutlastsTheBackoffButNeverShortensIt) {
+    codex->severity = DiagnosticSeverity::error;
+    const auto coordinator = makeCoordinator();
+    codex->retryAfterSeconds = 600;
+    const auto limited = coordinator->refresh(RefreshTrigger::manual);
+    EXPECT_EQ(coordinator->nextAutomaticRefreshDate(codexID), addingSeconds(limited.startedAt(), 600));
+    codex->retryAfterSeconds = 5; // the backoff's 60 s stand
+    const auto soon = coordinator->refresh(RefreshTrigger::manual);
+    EXPECT_EQ(coordinator->nextAutomaticRefreshDate(codexID), addingSeconds(soon.startedAt(), 60));
 }
 
 TEST_F(RefreshCoordinatorTest, SkippedIDsAreSorted) {

@@ -40,9 +40,10 @@ public:
         std::lock_guard lock(mutex);
         tokenScript = std::move(script);
     }
-    void setUsage(int status, std::string body) {
+    void setUsage(int status, std::string body,
+                  std::vector<std::pair<std::string, std::string>> headers = {}) {
         std::lock_guard lock(mutex);
-        usage = {status, std::move(body)};
+        usage = {status, std::move(body), "application/json", std::move(headers)};
     }
     // Where the sign-in page sent the browser last.
     std::optional<std::string> lastRedirectLocation() const {
